@@ -1,13 +1,71 @@
+// tervik: meteorological analysis products from the command line.
 #include <cstdio>
 #include <cstring>
+#include <string>
 
-#include <tervik/tervik.h>
+#include <tervik/version.h>
+
+#include "commands.h"
+
+namespace {
+
+const char kUsage[] =
+    "usage: tervik [--quiet] COMMAND [ARGS...]\n"
+    "\n"
+    "Meteorological analysis products from grids, station observations and soundings.\n"
+    "\n"
+    "commands:\n"
+    "  contour GRID [-o OUT.geojson] [--interval X]\n"
+    "                     isolines with labels of a grid file, as GeoJSON\n"
+    "  demo [DIR]         run every product on the sample data in data/ and write the\n"
+    "                     results to DIR (default tervik-demo/)\n"
+    "\n"
+    "options:\n"
+    "  --quiet            print nothing but errors\n"
+    "  --help             show this text\n"
+    "  --version          show the version\n"
+    "\n"
+    "File formats: docs/formats.md.\n";
+
+struct Command {
+  const char* name;
+  int (*run)(const tervik::cli::Args&);
+};
+
+const Command kCommands[] = {
+    {"contour", tervik::cli::cmd_contour},
+    {"demo", tervik::cli::cmd_demo},
+};
+
+}  // namespace
 
 int main(int argc, char** argv) {
-  if (argc > 1 && std::strcmp(argv[1], "--version") == 0) {
-    std::printf("tervik %s\n", TERVIK_VERSION_STRING);
-    return 0;
+  int k = 1;
+  for (; k < argc && argv[k][0] == '-'; ++k) {
+    const std::string opt = argv[k];
+    if (opt == "--help" || opt == "-h") {
+      std::fputs(kUsage, stdout);
+      return 0;
+    }
+    if (opt == "--version") {
+      std::printf("tervik %s\n", TERVIK_VERSION_STRING);
+      return 0;
+    }
+    if (opt == "--quiet" || opt == "-q") {
+      tervik::cli::common.quiet = true;
+      continue;
+    }
+    std::fprintf(stderr, "tervik: unknown option '%s'\n%s", argv[k], kUsage);
+    return 2;
   }
-  std::fprintf(stderr, "usage: tervik --version\n");
+  if (k == argc) {
+    std::fputs(kUsage, stderr);
+    return 2;
+  }
+  for (const Command& c : kCommands) {
+    if (std::strcmp(argv[k], c.name) == 0)
+      return c.run(tervik::cli::Args(argv + k + 1, argv + argc));
+  }
+  std::fprintf(stderr, "tervik: unknown command '%s' (see tervik --help)\n", argv[k]);
   return 2;
 }

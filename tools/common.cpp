@@ -1,0 +1,33 @@
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+#include "commands.h"
+#include "platform/file_util.h"
+
+namespace tervik::cli {
+
+Common common;
+
+int fail(const std::string& message) {
+  std::fprintf(stderr, "tervik: %s\n", message.c_str());
+  return 1;
+}
+
+bool write_output(const std::string& path, const std::string& text, const Args& inputs) {
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  for (const std::string& in : inputs) {
+    if (fs::exists(path, ec) && fs::equivalent(path, in, ec)) {
+      fail(path + ": refusing to overwrite an input file");
+      return false;
+    }
+  }
+  if (!tervik::detail::write_file_atomically(path.c_str(), text)) {
+    fail(path + ": cannot write");
+    return false;
+  }
+  return true;
+}
+
+}  // namespace tervik::cli

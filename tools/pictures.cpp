@@ -1,0 +1,35 @@
+#include "pictures.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tervik::cli {
+
+Svg map_canvas(const tervik_data4& grid) {
+  const double x0 = std::min(grid.first_lon, grid.last_lon), x1 = std::max(grid.first_lon, grid.last_lon);
+  const double y0 = std::min(grid.first_lat, grid.last_lat), y1 = std::max(grid.first_lat, grid.last_lat);
+  // Keep degrees square at the box's middle latitude so shapes look right.
+  const double aspect = (y1 - y0) / std::max((x1 - x0) * std::cos((y0 + y1) / 2 * M_PI / 180), 1e-9);
+  const int width = 900, margin = 50;
+  const int height = static_cast<int>(std::clamp((width - 2 * margin) * aspect, 200.0, 1400.0)) + 2 * margin;
+  return Svg(width, height, margin, x0, x1, y0, y1);
+}
+
+void draw_isolines(Svg& svg, const tag_isoline_layer& layer) {
+  for (const tag_isoline& line : layer.lines) {
+    std::vector<Point2> pts;
+    pts.reserve(line.points.size());
+    for (const auto& p : line.points) pts.push_back({p.x, p.y});
+    svg.polyline(pts, "#333", 1.0);
+  }
+  for (const tag_isoline& line : layer.lines) {
+    for (const auto& label : line.labels) {
+      // Keep text upright: a label is read the same turned by half a circle.
+      double angle = label.angle;
+      if (angle > 90 && angle < 270) angle -= 180;
+      svg.text(label.x, label.y, label.text, 10, "#000", angle);
+    }
+  }
+}
+
+}  // namespace tervik::cli

@@ -1,0 +1,21 @@
+#ifndef TERVIK_TOOLS_PICTURES_H
+#define TERVIK_TOOLS_PICTURES_H
+
+// Drawing the analysed products onto an SVG canvas.
+
+#include <tervik/isoline.h>
+#include <tervik/records.h>
+
+#include "svg.h"
+
+namespace tervik::cli {
+
+// A canvas sized for the geographic box of a grid record.
+Svg map_canvas(const tervik_data4& grid);
+
+// Isolines in dark grey with their labels (the text along the line, on a white halo).
+void draw_isolines(Svg& svg, const tag_isoline_layer& layer);
+
+}  // namespace tervik::cli
+
+#endif
