@@ -71,6 +71,8 @@ void expect_steps_follow_wind(const tagSTREAMLINE_LAYER& layer, const Wind& w, i
     }
     const double sign = h % 2 == 0 ? 1 : -1;
     for (size_t p = 0; p + 1 < pts.size(); ++p) {
+      // Only a point inside the grid's cells has a next one.
+      ASSERT_TRUE(pts[p].x >= 0 && pts[p].x < w.nx - 1 && pts[p].y >= 0 && pts[p].y < w.ny - 1);
       double u, v;
       wind_at(w, pts[p].x, pts[p].y, u, v);
       const double scale = std::max(std::fabs(u), std::fabs(v));
@@ -161,17 +163,21 @@ std::vector<FieldCase> smooth_fields() {
   };
 }
 
+void expect_well_formed(Wind& w, int den) {
+  const tagSTREAMLINE_LAYER layer = trace(w, den);
+  ASSERT_GT(layer.arrow_count, 0);
+  EXPECT_EQ(layer.line_count, static_cast<int32_t>(layer.lines.size()));
+  for (const auto& line : layer.lines)
+    EXPECT_EQ(line.point_count, static_cast<int32_t>(line.points.size()));
+  expect_steps_follow_wind(layer, w, den);
+  expect_arrows_every_21_steps(layer);
+  expect_lines_kept_apart(layer, w.nx, w.ny, den);
+}
+
 TEST(StreamlineTracer, StepsArrowsAndMarkingOnSmoothFields) {
   for (auto& c : smooth_fields()) {
     SCOPED_TRACE(c.name);
-    const tagSTREAMLINE_LAYER layer = trace(c.wind, c.density);
-    ASSERT_GT(layer.line_count, 0);
-    EXPECT_EQ(layer.line_count, static_cast<int32_t>(layer.lines.size()));
-    for (const auto& line : layer.lines)
-      EXPECT_EQ(line.point_count, static_cast<int32_t>(line.points.size()));
-    expect_steps_follow_wind(layer, c.wind, c.density);
-    expect_arrows_every_21_steps(layer);
-    expect_lines_kept_apart(layer, c.wind.nx, c.wind.ny, c.density);
+    expect_well_formed(c.wind, c.density);
   }
 }
 
@@ -186,11 +192,7 @@ TEST(StreamlineTracer, StepsArrowsAndMarkingOnARealWindField) {
   ASSERT_EQ(w.ny, ny2);
   for (int den = 1; den <= 4; ++den) {
     SCOPED_TRACE(den);
-    const tagSTREAMLINE_LAYER layer = trace(w, den);
-    ASSERT_GT(layer.arrow_count, 0);
-    expect_steps_follow_wind(layer, w, den);
-    expect_arrows_every_21_steps(layer);
-    expect_lines_kept_apart(layer, w.nx, w.ny, den);
+    expect_well_formed(w, den);
   }
 }
 
@@ -286,6 +288,15 @@ TEST(StreamlineTracer, MissingAndNonFiniteWindsStopLines) {
   }
 }
 
+// Every coordinate of a layer, lines first, then arrows.
+std::vector<double> flatten(const tagSTREAMLINE_LAYER& layer) {
+  std::vector<double> all;
+  for (const auto& line : layer.lines)
+    for (const auto& p : line.points) all.insert(all.end(), {p.x, p.y});
+  for (const auto& a : layer.arrows) all.insert(all.end(), {a.x1, a.y1, a.x2, a.y2});
+  return all;
+}
+
 TEST(StreamlineTracer, DensitiesOutsideOneToFourTraceAsFour) {
   Wind w = make_wind(21, 17, [](double x, double y, double& u, double& v) {
     u = -(y - 8), v = x - 10;
@@ -293,15 +304,8 @@ TEST(StreamlineTracer, DensitiesOutsideOneToFourTraceAsFour) {
   const tagSTREAMLINE_LAYER four = trace(w, 4);
   for (int density : {0, 5, 12, -3, INT_MAX, INT_MIN}) {
     const tagSTREAMLINE_LAYER other = trace(w, density);
-    ASSERT_EQ(other.line_count, four.line_count) << density;
-    ASSERT_EQ(other.arrow_count, four.arrow_count) << density;
-    for (size_t h = 0; h < four.lines.size(); ++h) {
-      ASSERT_EQ(other.lines[h].point_count, four.lines[h].point_count) << density;
-      for (size_t p = 0; p < four.lines[h].points.size(); ++p) {
-        ASSERT_EQ(other.lines[h].points[p].x, four.lines[h].points[p].x);
-        ASSERT_EQ(other.lines[h].points[p].y, four.lines[h].points[p].y);
-      }
-    }
+    EXPECT_EQ(other.line_count, four.line_count) << density;
+    EXPECT_EQ(flatten(other), flatten(four)) << density;
   }
   for (int density : {1, 2, 3}) EXPECT_LT(trace(w, density).line_count, four.line_count);
 }
@@ -312,12 +316,14 @@ TEST(StreamlineTracer, SuccessiveCallsAppendToOneLayer) {
   strmStreamlineBuilder builder(&layer);
   streamline_analysis_gx tracer(&builder);
   ASSERT_TRUE(tracer.create_streamline(w.u.data(), w.v.data(), 12, 9, 0, 0, 1, 1, kUndef, 2));
-  const tagSTREAMLINE_LAYER first = layer;
+  const tagSTREAMLINE_LAYER once = layer;
   ASSERT_TRUE(tracer.create_streamline(w.u.data(), w.v.data(), 12, 9, 0, 0, 1, 1, kUndef, 2));
-  ASSERT_EQ(layer.line_count, 2 * first.line_count);
-  EXPECT_EQ(layer.arrow_count, 2 * first.arrow_count);
-  const auto& again = layer.lines[first.lines.size()];
-  EXPECT_EQ(again.point_count, first.lines[0].point_count);
+  tagSTREAMLINE_LAYER twice = once;
+  twice.lines.insert(twice.lines.end(), once.lines.begin(), once.lines.end());
+  twice.arrows.insert(twice.arrows.end(), once.arrows.begin(), once.arrows.end());
+  EXPECT_EQ(layer.line_count, 2 * once.line_count);
+  EXPECT_EQ(layer.arrow_count, 2 * once.arrow_count);
+  EXPECT_EQ(flatten(layer), flatten(twice));
 }
 
 TEST(StreamlineTracer, FieldsWithoutUsableWindGiveOnePointLines) {
@@ -435,5 +441,20 @@ TEST(StreamlineTracer, ReportsCallsInOrderOnAStraightChannel) {
     expected.push_back("addLine");
     EXPECT_EQ(rec.calls, expected);
   }
+}
+TEST(StreamlineTracer, SwingingWithinOneCellEndsAtTheEleventhStep) {
+  // The wind turns from +1 to -3 between columns 5 and 6, so a line from the left swings
+  // between x = 5 and x = 5.5, both in flag cell 5 (density 1); the eleventh step in the cell
+  // ends it. Nothing else is seeded on this 8 x 2 grid.
+  Wind w = make_wind(8, 2, [](double x, double, double& u, double& v) { u = x <= 5 ? 1 : -3, v = 0; });
+  const tagSTREAMLINE_LAYER layer = trace(w, 1);
+  ASSERT_EQ(layer.line_count, 2);
+  std::vector<double> expected;
+  for (int step = 0; step <= 10; ++step) expected.push_back(0.5 * step);
+  for (int step = 11; step <= 20; ++step) expected.push_back(step % 2 ? 5.5 : 5.0);
+  std::vector<double> xs;
+  for (const auto& p : layer.lines[0].points) xs.push_back(p.x);
+  EXPECT_EQ(xs, expected);
+  EXPECT_EQ(layer.lines[1].point_count, 1);
 }
 }  // namespace
