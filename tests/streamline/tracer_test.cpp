@@ -244,7 +244,8 @@ TEST(StreamlineTracer, CalmWindStopsLines) {
       const auto& pts = layer.lines[h].points;
       for (size_t p = 0; p + 1 < pts.size(); ++p)
         ASSERT_FALSE(calm_at(*w, pts[p])) << "line " << h << " steps on from a calm point";
-      if (calm_at(*w, pts.back())) ++ended_calm;
+      const auto& last = pts.back();
+      if (last.x < w->nx - 1 && last.y < w->ny - 1 && calm_at(*w, last)) ++ended_calm;
       if (w == &sink && h % 2 == 0) {
         for (size_t p = 1; p < pts.size(); ++p)
           EXPECT_LT(radius(pts[p], 15), radius(pts[p - 1], 15)) << "line " << h;
