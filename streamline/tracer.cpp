@@ -4,8 +4,8 @@
 // direction (one flag cell is 1/den grid lengths wide). A flag cell is marked once a line has
 // passed through it; a seed is placed only where no marked cell lies within three flag cells,
 // and a line stops when it steps into a marked cell. So the flag grid, not the geometry of
-// the lines drawn so far, keeps lines apart, and each flag cell is crossed by at most one
-// line.
+// the lines drawn so far, keeps lines apart: no two lines pass through one flag cell (only
+// the cell where a line ends stays open to others).
 
 #include <cmath>
 #include <cstdint>
