@@ -11,6 +11,7 @@ using Args = std::vector<std::string>;
 // Each subcommand takes its own arguments (after the subcommand name) and returns the
 // process exit status: 0 on success, 1 on a failure, 2 on a usage error.
 int cmd_contour(const Args& args);
+int cmd_stream(const Args& args);
 int cmd_demo(const Args& args);
 
 // Options shared by the subcommands.

@@ -32,6 +32,8 @@ int cmd_demo(const Args& args) {
 
   int status = cmd_contour({data + "/z500.grid", "-o", out + "/z500-isolines.geojson", "--svg",
                             out + "/z500-isolines.svg"});
+  status |= cmd_stream({data + "/u850.grid", data + "/v850.grid", "-o", out + "/wind850-streamlines.geojson",
+                        "--svg", out + "/wind850-streamlines.svg"});
   return status;
 }
 

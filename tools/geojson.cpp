@@ -82,6 +82,29 @@ void GeoJson::add_isolines(const tag_isoline_layer& layer) {
   }
 }
 
+void GeoJson::add_streamlines(const tagSTREAMLINE_LAYER& layer) {
+  for (const tagSTREAMLINE& line : layer.lines) {
+    if (line.points.size() < 2) continue;
+    begin_feature();
+    features_ += "\"properties\":{\"kind\":\"streamline\"},";
+    features_ += "\"geometry\":{\"type\":\"LineString\",\"coordinates\":[";
+    for (size_t k = 0; k < line.points.size(); ++k) {
+      if (k) features_ += ',';
+      append_position(features_, line.points[k].x, line.points[k].y);
+    }
+    features_ += "]}}";
+  }
+  for (const tagSTREAMLINE_ARROW& a : layer.arrows) {
+    begin_feature();
+    features_ += "\"properties\":{\"kind\":\"arrow\"},";
+    features_ += "\"geometry\":{\"type\":\"LineString\",\"coordinates\":[";
+    append_position(features_, a.x1, a.y1);
+    features_ += ',';
+    append_position(features_, a.x2, a.y2);
+    features_ += "]}}";
+  }
+}
+
 std::string GeoJson::text() const {
   return "{\"type\":\"FeatureCollection\",\"features\":[\n" + features_ + "\n]}\n";
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include <tervik/isoline.h>
+#include <tervik/streamline.h>
 
 namespace tervik::cli {
 
@@ -15,6 +16,10 @@ class GeoJson {
   // Every isoline as a LineString with its level and whether it is closed, and every label
   // as a Point with its text and angle.
   void add_isolines(const tag_isoline_layer& layer);
+
+  // Every streamline as a LineString and every arrow as a LineString from its tail to its
+  // head (pointing downstream).
+  void add_streamlines(const tagSTREAMLINE_LAYER& layer);
 
   std::string text() const;
   size_t feature_count() const { return count_; }

@@ -17,7 +17,9 @@ const char kUsage[] =
     "commands:\n"
     "  contour GRID [-o OUT.geojson] [--interval X]\n"
     "                     isolines with labels of a grid file, as GeoJSON\n"
-    "  demo [DIR]         run every product on the sample data in data/ and write the\n"
+    "  stream U_GRID V_GRID [-o OUT.geojson] [--svg OUT.svg] [--density 1-4]
+                     streamlines with arrows of a wind field
+  demo [DIR]         run every product on the sample data in data/ and write the\n"
     "                     results to DIR (default tervik-demo/)\n"
     "\n"
     "options:\n"
@@ -34,6 +36,7 @@ struct Command {
 
 const Command kCommands[] = {
     {"contour", tervik::cli::cmd_contour},
+    {"stream", tervik::cli::cmd_stream},
     {"demo", tervik::cli::cmd_demo},
 };
 

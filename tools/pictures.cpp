@@ -32,4 +32,14 @@ void draw_isolines(Svg& svg, const tag_isoline_layer& layer) {
   }
 }
 
+void draw_streamlines(Svg& svg, const tagSTREAMLINE_LAYER& layer) {
+  for (const tagSTREAMLINE& line : layer.lines) {
+    std::vector<Point2> pts;
+    pts.reserve(line.points.size());
+    for (const auto& p : line.points) pts.push_back({p.x, p.y});
+    svg.polyline(pts, "#1f5fa8", 0.8);
+  }
+  for (const tagSTREAMLINE_ARROW& a : layer.arrows) svg.arrowhead(a.x1, a.y1, a.x2, a.y2, 7, "#1f5fa8");
+}
+
 }  // namespace tervik::cli

@@ -5,6 +5,7 @@
 
 #include <tervik/isoline.h>
 #include <tervik/records.h>
+#include <tervik/streamline.h>
 
 #include "svg.h"
 
@@ -15,6 +16,9 @@ Svg map_canvas(const tervik_data4& grid);
 
 // Isolines in dark grey with their labels (the text along the line, on a white halo).
 void draw_isolines(Svg& svg, const tag_isoline_layer& layer);
+
+// Streamlines in blue with an arrowhead at each arrow mark.
+void draw_streamlines(Svg& svg, const tagSTREAMLINE_LAYER& layer);
 
 }  // namespace tervik::cli
 
