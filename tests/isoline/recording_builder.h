@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -10,13 +11,14 @@
 
 namespace tervik::test {
 
-// Shortest text that reads back as the same double.
+// Shortest plain text that reads back as the same double ("12", "20.25", "0.1").
 inline std::string num(double v) {
-  char text[32];
+  char text[40];
   for (int digits = 1; digits <= 17; ++digits) {
     std::snprintf(text, sizeof text, "%.*g", digits, v);
-    if (std::strtod(text, nullptr) == v) break;
+    if (std::strtod(text, nullptr) == v && !std::strchr(text, 'e')) return text;
   }
+  std::snprintf(text, sizeof text, "%.17g", v);
   return text;
 }
 
