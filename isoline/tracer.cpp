@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
+#include <utility>
 #include <vector>
 
 #include <tervik/isoline.h>
@@ -32,6 +34,9 @@ struct isoline_analysis_gx::State {
   double x0 = 0.0, y0 = 0.0, dx = 1.0, dy = 1.0;
   double undef = 0.0;
   double level = 0.0;
+
+  // Classes of two grid rows against the level, for marking.
+  std::vector<uint8_t> row_class;
 
   // Side marks: horizontal sides in the first half, vertical in the second, both indexed
   // j*(nx+2) + i.
@@ -115,31 +120,49 @@ bool isoline_analysis_gx::State::ensure_storage() {
     spline_capacity = spline ? cells : 0;
   }
   std::memset(flags, 0, 2 * cells * sizeof(uint16_t));
+  try {
+    row_class.resize(2 * static_cast<size_t>(nx));
+  } catch (const std::bad_alloc&) {
+    std::fputs("Error in GXCLEV: Unable to allocate storage \n", stdout);
+    return false;
+  }
   return true;
 }
 
 // Marks every side the level crosses. A side is crossed when both ends are present and the
 // level lies in the half-open range between them: the lower end may equal the level, the
 // upper end may not, so a level through a grid point is crossed exactly once there.
+//
+// Each value is classed once per level (0 above the level, 1 at or below it, 2 missing), a
+// row at a time; a side is then crossed exactly when its two classes are 0 and 1, that is
+// when they differ by an exclusive or of 1.
 void isoline_analysis_gx::State::mark() {
-  const double v = level;
-  auto crosses = [&](double a, double b) {
-    return !missing(b) && ((a <= v && v < b) || (b <= v && v < a));
-  };
-  for (int j = 1; j < ny; ++j) {
-    for (int i = 1; i < nx; ++i) {
-      const double a = p(i, j);
-      if (missing(a)) continue;
-      if (crosses(a, p(i + 1, j))) hside(i, j) = 1;
-      if (crosses(a, p(i, j + 1))) vside(i, j) = 1;
+  uint8_t* below = row_class.data();
+  uint8_t* above = below + nx;
+  auto classify = [&](int j, uint8_t* out) {
+    const double* row = grid + static_cast<size_t>(j - 1) * static_cast<size_t>(nx);
+    for (int i = 0; i < nx; ++i) {
+      const double x = row[i];
+      out[i] = missing(x) ? 2 : static_cast<uint8_t>(x <= level);
     }
-    const double a = p(nx, j);
-    if (!missing(a) && crosses(a, p(nx, j + 1))) vside(nx, j) = 1;
+  };
+  classify(1, below);
+  for (int j = 1; j < ny; ++j) {
+    classify(j + 1, above);
+    uint16_t* h = &hside(0, j);
+    uint16_t* u = &vside(0, j);
+    for (int i = 1; i < nx; ++i) {
+      const uint8_t a = below[i - 1];
+      h[i] = (a ^ below[i]) == 1;
+      u[i] = (a ^ above[i - 1]) == 1;
+    }
+    // The last column has vertical sides only.
+    u[nx] = (below[nx - 1] ^ above[nx - 1]) == 1;
+    std::swap(below, above);
   }
-  for (int i = 1; i < nx; ++i) {
-    const double a = p(i, ny);
-    if (!missing(a) && crosses(a, p(i + 1, ny))) hside(i, ny) = 1;
-  }
+  // The top row has horizontal sides only.
+  uint16_t* h = &hside(0, ny);
+  for (int i = 1; i < nx; ++i) h[i] = (below[i - 1] ^ below[i]) == 1;
 }
 
 // Writes where the level crosses `side` of cell (i, j), in grid units, at `pos`, and clears
@@ -274,6 +297,16 @@ void isoline_analysis_gx::State::walk(int i, int j, int side, int dir) {
 void isoline_analysis_gx::State::trace(contourBuilder& builder) {
   for (int j = 1; j < ny; ++j) {
     for (int i = 1; i < nx; ++i) {
+      // Most sides are not crossed: pass over four unmarked pairs at once.
+      if (i + 4 <= nx) {
+        uint64_t h4, v4;
+        std::memcpy(&h4, &hside(i, j), sizeof h4);
+        std::memcpy(&v4, &vside(i, j), sizeof v4);
+        if ((h4 | v4) == 0) {
+          i += 3;
+          continue;
+        }
+      }
       if (hside(i, j)) {
         walk(i, j, kBottom, +1);
         walk(i, j - 1, kTop, -1);
