@@ -94,7 +94,9 @@ void isoline_analysis_gx::State::free_buffers() {
 
 // Makes room for the side marks and the line of the current grid, then clears the marks.
 // Buffers are kept across levels and calls and replaced only for a larger grid; the
-// coordinate buffer may also have grown for a long spline.
+// coordinate buffer may also have grown for a long spline. Walks are bounded by the buffer
+// actually held, so a tracer that has held a larger grid cuts long lines later than a
+// fresh one would.
 bool isoline_analysis_gx::State::ensure_storage() {
   const size_t cells = (static_cast<size_t>(nx) + 2) * (static_cast<size_t>(ny) + 2);
   stride = static_cast<size_t>(nx) + 2;
@@ -257,7 +259,8 @@ int isoline_analysis_gx::State::choose_exit(int i, int j, int moved) {
 // (room kept for the spline's guard points; a line longer than the buffer is cut open
 // there) or when the cell it enters has no marked side left. Stopping for want of a way on
 // in the cell it began in means the line has come round: the first point is repeated to
-// close the ring.
+// close the ring. A walk cut by the buffer is never closed (the closing point would have
+// no room).
 void isoline_analysis_gx::State::walk(int i, int j, int side, int dir) {
   const int start_i = i, start_j = j;
   const ptrdiff_t low = 4;
