@@ -6,14 +6,6 @@
 
 namespace {
 
-TEST(ContourBuilder, TheBaseReceiverKeepsNothing) {
-  contourBuilder base;
-  base.newLine(1.0, true);
-  base.addPoint(1, 2, true);
-  base.addLine();
-  EXPECT_EQ(base.getLayer(), nullptr);
-}
-
 TEST(IsolineContourBuilder, LinesEnterTheLayerOnlyWhenFinished) {
   isolineContourBuilder b;
   EXPECT_EQ(b.getLayer(), nullptr);

@@ -141,16 +141,6 @@ TEST(ContourTracer, ARingLongerThanTheSmallGridsBufferIsCutOpen) {
   EXPECT_EQ(wide.lines[0].points.size(), 7u);
 }
 
-TEST(ContourTracer, LevelsAreTracedInTheCallersOrder) {
-  const RecordingBuilder b = contour({0, 0, 0, 0, 3, 0, 0, 0, 0}, 3, 3, {2, 1, 2.5});
-  ASSERT_EQ(b.lines.size(), 3u);
-  EXPECT_EQ(b.lines[0].level, 2);
-  EXPECT_EQ(b.lines[1].level, 1);
-  EXPECT_EQ(b.lines[2].level, 2.5);
-  EXPECT_EQ(b.lines[0].labels.at(0).text, "2");
-  EXPECT_EQ(b.lines[2].labels.at(0).text, "2.5");
-}
-
 TEST(ContourTracer, LongLineCarriesALabelAfterEveryFortyMapUnits) {
   // A straight line along a 100-column grid, walked from right to left one map unit per
   // point: labels at the first point, then where the distance since the last one first
