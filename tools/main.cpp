@@ -9,25 +9,25 @@
 
 namespace {
 
-const char kUsage[] =
-    "usage: tervik [--quiet] COMMAND [ARGS...]\n"
-    "\n"
-    "Meteorological analysis products from grids, station observations and soundings.\n"
-    "\n"
-    "commands:\n"
-    "  contour GRID [-o OUT.geojson] [--interval X]\n"
-    "                     isolines with labels of a grid file, as GeoJSON\n"
-    "  stream U_GRID V_GRID [-o OUT.geojson] [--svg OUT.svg] [--density 1-4]
+const char kUsage[] = R"(usage: tervik [--quiet] COMMAND [ARGS...]
+
+Meteorological analysis products from grids, station observations and soundings.
+
+commands:
+  contour GRID [-o OUT.geojson] [--svg OUT.svg] [--interval X]
+                     isolines with labels of a grid file
+  stream U_GRID V_GRID [-o OUT.geojson] [--svg OUT.svg] [--density 1-4]
                      streamlines with arrows of a wind field
-  demo [DIR]         run every product on the sample data in data/ and write the\n"
-    "                     results to DIR (default tervik-demo/)\n"
-    "\n"
-    "options:\n"
-    "  --quiet            print nothing but errors\n"
-    "  --help             show this text\n"
-    "  --version          show the version\n"
-    "\n"
-    "File formats: docs/formats.md.\n";
+  demo [DIR]         run every product on the sample data in data/ and write the
+                     results and pictures to DIR (default tervik-demo/)
+
+options:
+  -q, --quiet        print nothing but errors
+  -h, --help         show this text
+  --version          show the version
+
+Outputs are GeoJSON (RFC 7946) and SVG; file formats are described in docs/formats.md.
+)";
 
 struct Command {
   const char* name;

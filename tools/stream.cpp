@@ -59,7 +59,7 @@ int cmd_stream(const Args& args) {
   if (!picture.empty()) {
     Svg svg = map_canvas(u);
     draw_streamlines(svg, layer);
-    svg.frame(u.description, 10);
+    svg.frame(std::string("Streamlines: ") + u.description, 10);
     if (!write_output(picture, svg.str(), inputs)) return 1;
   }
   if (!common.quiet)
