@@ -35,6 +35,123 @@ struct tag_tlogp_station {
 
 // ---- Thermodynamic primitives ----
 
+// Small pure functions of moist thermodynamics and wind. Units: pressure hPa, temperature
+// and potential temperatures deg C (kelvin only inside, as t + 273.15), specific humidity
+// kg/kg, vapour pressure hPa, height m, wind m/s and degrees (from). None allocates or
+// keeps state, and none checks its arguments: pressures at or below zero give infinities
+// or NaN through the power laws and NaN is passed on. The one sentinel is 9999.0 where
+// stated.
+extern "C" {
+
+// Kelvin from deg C (t + 273.15), and deg C from kelvin (T - 273.15).
+TERVIK_API double t2T(double t);
+TERVIK_API double T2t(double T);
+
+// Latent heat of vaporisation (J/kg) at t deg C: 2.501e6 - 2370 t.
+TERVIK_API double Lw(double t);
+
+// Saturation vapour pressure (hPa) at t deg C, Magnus form: over water for t >= 0 (zero
+// counts as water), over ice below. E(0) = 6.112.
+TERVIK_API double E(double t);
+
+// Saturation specific humidity (kg/kg) at p hPa and t deg C; called with the dew point it
+// gives the actual specific humidity.
+TERVIK_API double q(double p, double t);
+
+// Virtual temperature (deg C) of air saturated at t deg C and p hPa (there is no dew-point
+// argument: the moisture is always the saturation value at t).
+TERVIK_API double Tv(double p, double t);
+
+// Potential temperature (deg C) of air at p hPa, t deg C, referred to 1000 hPa.
+TERVIK_API double theta(double p, double t);
+
+// Virtual potential temperature (deg C): the potential temperature of Tv(p, t).
+TERVIK_API double theta_v(double p, double t);
+
+// Temperature (deg C) at p hPa on the dry adiabat of potential temperature theta (deg C).
+TERVIK_API double t_dry_adiabat(double p, double theta);
+
+// Saturation specific humidity (kg/kg) at p hPa on the dry adiabat of theta (deg C).
+TERVIK_API double q_dry_adiabat(double p, double theta);
+
+// Lifting condensation level of air at (p hPa, t deg C, td deg C): writes its pressure
+// (hPa, on a 0.1 hPa lattice below p) and temperature (deg C). Air with t == td is
+// already saturated and returns (p, t); so, up to rounding of t, does air with td > t.
+// Returns true, except for guarded input outside any atmosphere: unsaturated air starting
+// above 1e4 hPa, or a null out pointer, returns false and writes nothing. A NaN, zero or
+// negative pressure ends the search at once with a NaN temperature.
+TERVIK_API bool pt_LCL(double p, double t, double td, double* p_lcl, double* t_lcl);
+
+// Moist-adiabatic factor of saturated air at (p hPa, t deg C):
+// T q (L Rd - cp Rv T) / p / (q L^2 + cp Rv T^2) with T in kelvin and q = q(p, t).
+TERVIK_API double Fc(double p, double t);
+
+// Pseudo-equivalent potential temperature (deg C) of air saturated at (p hPa, t deg C);
+// the Poisson factor uses the partial pressure of dry air, p - E(t).
+TERVIK_API double theta_se_s(double p, double t);
+
+// Pseudo-equivalent potential temperature (deg C) of air at (p hPa, t, td deg C): the
+// saturated value at its lifting condensation level. 9999.0 when pt_LCL refuses the input.
+TERVIK_API double theta_se(double p, double t, double td);
+
+// Returns t unchanged (p is unused): a placeholder kept under this name for callers.
+TERVIK_API double Tw(double p, double t);
+
+// theta_se_s(p, t).
+TERVIK_API double theta_w(double p, double t);
+
+// Moist static energy expressed as a temperature (deg C): latent term q(p, td) L / cp,
+// geopotential term z g / cp, plus t. z in m.
+TERVIK_API double Tsigma(double p, double t, double td, double z);
+
+// As Tsigma, saturated at t: the latent term uses q(p, t); td is accepted and ignored.
+TERVIK_API double Tsigmas(double p, double t, double td, double z);
+
+// Dry static plus kinetic energy as a temperature (deg C): speed^2 / 2 / cp + z g / cp + t.
+// p is accepted and ignored. (An energy temperature, not a dew point.)
+TERVIK_API double Td(double p, double t, double z, double speed);
+
+// Total energy as a temperature (deg C): Tsigma(p, t, td, z) plus the kinetic term of Td.
+TERVIK_API double Tt(double p, double t, double td, double z, double speed);
+
+// Eastward and northward components (m/s) of a wind of `speed` m/s from `dir` degrees.
+TERVIK_API double u(double speed, double dir);
+TERVIK_API double v(double speed, double dir);
+
+// Speed (m/s) and direction (degrees from, in [0, 360]; a wind from due north gives 360,
+// calm gives 180) of the components u, v. Writes through each non-null pointer; returns
+// the speed.
+TERVIK_API double uv2magdir(double u, double v, double* speed, double* dir);
+
+// Water-vapour flux magnitude: wind speed (m/s) times the specific humidity of air at
+// p hPa, t deg C and relative humidity rh (%), divided by g.
+TERVIK_API double wvflux(double u, double v, double p, double t, double rh);
+
+// Temperature (deg C) at p hPa on the pseudo-adiabat whose theta_se_s is theta_se (deg C):
+// eleven bisection steps on [-100, 100], so within 0.05 of the root. A target outside the
+// bracket converges onto its end (no sentinel).
+TERVIK_API double t_wet_adiabat(double p, double theta_se);
+
+// Temperature (deg C) at which the saturation specific humidity at p hPa equals q (kg/kg),
+// to 0.01; 9999.0 when that vapour pressure lies outside E(-100)..E(100).
+TERVIK_API double t_iso_humidity(double p, double q);
+
+// Dry static energy (J/kg) of air at t deg C and height z m.
+TERVIK_API double Esd(double t, double z);
+
+// Static energies with a latent term q * 2501.0 added to Esd(t, z): saturated at t (Ess)
+// or with the humidity of the dew point td (Es). The latent term's scale differs from
+// the other terms' and is kept so for the callers who compare values.
+TERVIK_API double Ess(double p, double t, double z);
+TERVIK_API double Es(double p, double t, double td, double z);
+
+// Temperature (deg C) of a parcel lifted from (p0 hPa, t0 deg C, td0 deg C) to p hPa: dry
+// adiabatic below its condensation level, pseudo-adiabatic at and above it. 9999.0 when
+// pt_LCL refuses the start (p0 above 1e4 hPa).
+TERVIK_API double t_lift2p(double p0, double t0, double td0, double p);
+
+}  // extern "C"
+
 // ---- Profile lookups and characteristic levels ----
 
 // ---- Stability and convective indices ----
