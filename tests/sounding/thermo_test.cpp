@@ -173,6 +173,10 @@ TEST(WetAdiabat, ElevenHalvingsWhateverTheTarget) {
   // Out of the bracket: the last midpoint next to its end, no sentinel.
   EXPECT_EQ(t_wet_adiabat(850.0, 1e6), 100.0 - step);
   EXPECT_EQ(t_wet_adiabat(850.0, -1e6), -100.0 + step);
+  // Below E(0) = 6.112 hPa the dry-air pressure p - E of the first trial is negative; the
+  // NaN comparison moves the lower end every time and the warm end comes out.
+  EXPECT_EQ(t_wet_adiabat(6.1, 40.0), 100.0 - step);
+  EXPECT_LT(t_wet_adiabat(6.2, 40.0), -90.0);
 }
 
 TEST(IsoHumidity, InvertsTheSaturationHumidityAndRejectsTheUnreachable) {
