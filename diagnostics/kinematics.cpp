@@ -23,8 +23,8 @@ int compute_field_div(double* out, double* min, double* max, const double* u, co
   sweep(Stencil::divergence, nx, ny, spacing.dx(), spacing.dy(),
         [&](std::size_t k, const Difference& x, const Difference& y) {
           out[k] = (difference(u, x) + difference(v, y)) * scale;
-          range.add(out[k]);
-        });
+        },
+        [&](std::size_t first, std::size_t count) { add_to_range(range, out + first, count); });
   range.store(min, max);
   return 0;
 }
@@ -41,8 +41,8 @@ int compute_field_vor(double* out, double* min, double* max, const double* u, co
   sweep(Stencil::vorticity, nx, ny, spacing.dx(), spacing.dy(),
         [&](std::size_t k, const Difference& x, const Difference& y) {
           out[k] = (difference(v, x) - difference(u, y)) * scale;
-          range.add(out[k]);
-        });
+        },
+        [&](std::size_t first, std::size_t count) { add_to_range(range, out + first, count); });
   range.store(min, max);
   return 0;
 }
@@ -76,8 +76,8 @@ int compute_field_adv(double* out, double* min, double* max, const double* f, co
   sweep(Stencil::vorticity, nx, ny, spacing.dx(), spacing.dy(),
         [&](std::size_t k, const Difference& x, const Difference& y) {
           out[k] = -(u[k] * difference(f, x) + v[k] * difference(f, y)) * scale;
-          range.add(out[k]);
-        });
+        },
+        [&](std::size_t first, std::size_t count) { add_to_range(range, out + first, count); });
   range.store(min, max);
   return 0;
 }

@@ -4,8 +4,13 @@
 // Grid spacing and finite-difference stencils shared by the diagnostic fields.
 
 #include <cfloat>
+#include <cmath>
 #include <cstddef>
 #include <cstdlib>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace tervik::detail {
 
@@ -117,31 +122,91 @@ inline Difference y_difference(Stencil stencil, int j, int nx, int ny, const dou
 }
 
 // Calls point(k, x, y) for every point k of the grid, with the x- and y-differences that
-// the stencil takes there, row by row. Each row's interior is a plain loop over columns.
+// the stencil takes there, row by row, and row_done(first, count) after each row (so that
+// a row's results can be ranged while they are still in cache). Each row's interior is a
+// plain loop over columns that the compiler can vectorise.
 // Column 0 takes the forward difference f[k+1] - f[k]; with nx = 1 that is the next row's
 // point, and on the very last point of the grid (no next row) the point itself.
-template <class Point>
-void sweep(Stencil stencil, int nx, int ny, const double* dx, const double* dy, Point point) {
+template <class Point, class RowDone>
+void sweep(Stencil stencil, int nx, int ny, const double* dx, const double* dy, Point point,
+           RowDone row_done) {
   const std::size_t n = grid_points(nx, ny);
+  const std::size_t width = static_cast<std::size_t>(nx);
   for (int j = 0; j < ny; ++j) {
     const Difference ydiff = y_difference(stencil, j, nx, ny, dy);
-    const std::size_t row = static_cast<std::size_t>(j) * static_cast<std::size_t>(nx);
+    const std::size_t row = static_cast<std::size_t>(j) * width;
     const double dxj = dx[j];
     const double interior_den = stencil == Stencil::vorticity ? 2 * dxj : dxj + dxj;
 
     point(row, Difference{row + 1 < n ? row + 1 : row, row, dxj}, ydiff);
-    const std::size_t last = static_cast<std::size_t>(nx) - 1;
-    for (std::size_t i = 1; i < last; ++i) {
+    for (std::size_t i = 1; i + 1 < width; ++i) {
       const std::size_t k = row + i;
       point(k, Difference{k + 1, k - 1, interior_den},
             Difference{ydiff.plus + i, ydiff.minus + i, ydiff.den});
     }
-    if (last > 0) {
-      const std::size_t k = row + last;
-      point(k, Difference{k, k - 1, dxj},
-            Difference{ydiff.plus + last, ydiff.minus + last, ydiff.den});
+    if (width > 1) {
+      const std::size_t i = width - 1;
+      point(row + i, Difference{row + i, row + i - 1, dxj},
+            Difference{ydiff.plus + i, ydiff.minus + i, ydiff.den});
     }
+    row_done(row, width);
   }
+}
+
+template <class Point>
+void sweep(Stencil stencil, int nx, int ny, const double* dx, const double* dy, Point point) {
+  sweep(stencil, nx, ny, dx, dy, point, [](std::size_t, std::size_t) {});
+}
+
+// Adds count values to the range, with the result of adding them one by one.
+inline void add_to_range(Range& range, const double* values, std::size_t count) {
+#if defined(__SSE2__)
+  // Eight lanes at a time (four accumulators, so that the compare latency overlaps):
+  // minpd(x, lo) is exactly "x < lo ? x : lo" (NaN keeps lo), and maxpd likewise. Values
+  // that compare equal are the same number except for the sign of zero, so the lanes can
+  // disagree with a one-by-one pass only when the extreme is a zero reached with both
+  // signs; such a row is redone one by one.
+  if (count >= 16) {
+    const Range before = range;
+    __m128d lo[4], hi[4];
+    for (int a = 0; a < 4; ++a) {
+      lo[a] = _mm_set1_pd(range.lo);
+      hi[a] = _mm_set1_pd(range.hi);
+    }
+    std::size_t i = 0;
+    for (; i + 8 <= count; i += 8) {
+      for (int a = 0; a < 4; ++a) {
+        const __m128d x = _mm_loadu_pd(values + i + 2 * a);
+        lo[a] = _mm_min_pd(x, lo[a]);
+        hi[a] = _mm_max_pd(x, hi[a]);
+      }
+    }
+    double l[8], h[8];
+    for (int a = 0; a < 4; ++a) {
+      _mm_storeu_pd(l + 2 * a, lo[a]);
+      _mm_storeu_pd(h + 2 * a, hi[a]);
+    }
+    Range lanes;
+    lanes.lo = l[0];
+    lanes.hi = h[0];
+    for (int a = 1; a < 8; ++a) {
+      if (l[a] < lanes.lo) lanes.lo = l[a];
+      if (h[a] > lanes.hi) lanes.hi = h[a];
+    }
+    bool ambiguous = false;
+    for (int a = 0; a < 8; ++a) {
+      ambiguous |= l[a] == lanes.lo && std::signbit(l[a]) != std::signbit(lanes.lo);
+      ambiguous |= h[a] == lanes.hi && std::signbit(h[a]) != std::signbit(lanes.hi);
+    }
+    if (!ambiguous) {
+      range = lanes;
+      for (; i < count; ++i) range.add(values[i]);
+      return;
+    }
+    range = before;
+  }
+#endif
+  for (std::size_t i = 0; i < count; ++i) range.add(values[i]);
 }
 
 // The difference quotient of f.

@@ -266,3 +266,33 @@ TEST(Gradients, UndefinedWhereEitherValueReadIsUndefined) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(RangeOfARow, AgreesBitForBitWithAddingTheValuesOneByOne) {
+  // Rows long enough for the wide path, with NaN, infinities and zeros of both signs
+  // placed so that the extreme is reached in several lanes.
+  const double specials[] = {0.0, -0.0, NAN, INFINITY, -INFINITY, 1e-300, -1e-300};
+  unsigned seed = 12345;
+  auto next = [&seed] { return (seed = seed * 1103515245u + 12345u) >> 8; };
+  for (int trial = 0; trial < 400; ++trial) {
+    std::vector<double> row(16 + next() % 40);
+    const int kind = trial % 3;  // 0: anything; 1: nothing below zero; 2: nothing above
+    for (double& x : row) {
+      const unsigned pick = next() % 10;
+      x = pick < 7 ? specials[pick] : (double(next() % 2001) - 1000.0) / 7.0;
+      if (kind == 1 && !(x >= 0.0)) x = pick % 2 ? 0.0 : -0.0;
+      if (kind == 2 && !(x <= 0.0)) x = pick % 2 ? 0.0 : -0.0;
+    }
+    tervik::detail::Range wide, one_by_one;
+    if (trial % 5 == 0) wide.lo = one_by_one.lo = 1.0;  // a range that has seen values
+    tervik::detail::add_to_range(wide, row.data(), row.size());
+    for (double x : row) one_by_one.add(x);
+    ASSERT_EQ(std::signbit(wide.lo), std::signbit(one_by_one.lo)) << trial;
+    ASSERT_EQ(std::signbit(wide.hi), std::signbit(one_by_one.hi)) << trial;
+    ASSERT_EQ(wide.lo, one_by_one.lo) << trial;
+    ASSERT_EQ(wide.hi, one_by_one.hi) << trial;
+  }
+}
+
+}  // namespace
