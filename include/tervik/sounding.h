@@ -154,6 +154,97 @@ TERVIK_API double t_lift2p(double p0, double t0, double td0, double p);
 
 // ---- Profile lookups and characteristic levels ----
 
+// A profile's values at one pressure or height: the first seven fields of a level. A
+// failed interpolation is `valid` false with 9999.0 in every double.
+struct layer_sample {
+  bool valid;
+  double p, z, t, td, wind_dir, wind_speed;
+};
+
+// Lookups along one station's profile `layers[0..n)` (ground first, pressure decreasing)
+// and its characteristic levels. Units as above. Invalid levels are skipped; "the first
+// level" is the first valid one. Every function fails for n <= 0, for a null `layers`,
+// and for a profile without a valid level: -1, false, 9999.0 or an invalid sample. Out
+// pointers must not be null (a null one fails the call); when a function returns false
+// its outputs are left as they were. The searches compare t and td as plain numbers, so a
+// missing t or td (9999.0) inside a profile is not detected.
+extern "C" {
+
+// Index of the first valid level whose pressure equals p exactly; -1 if none.
+TERVIK_API int get_layer_p(tag_tlogp_layer* layers, int n, double p);
+
+// i if 0 <= i < n and level i is valid; -1 otherwise.
+TERVIK_API int get_layer_n(tag_tlogp_layer* layers, int n, int i);
+
+// Temperature and dew point (deg C) at p hPa, linear in ln p between the first level and
+// the first level above p: a bulk value between the ground and p. Fails when p lies below
+// the first level (a greater pressure), when the first level is the last record, or when
+// the profile ends below p.
+TERVIK_API bool interpolate_t_at_p_far(tag_tlogp_layer* layers, int n, double p, double* t,
+                                       double* td);
+
+// As interpolate_t_at_p_far, between the two valid levels that enclose p.
+TERVIK_API bool interpolate_t_at_p_near(tag_tlogp_layer* layers, int n, double p, double* t,
+                                        double* td);
+
+// Height of the first crossing of the temperature t (deg C) above the ground, linear in
+// temperature; 9999.0 if t is warmer than the first level or is never reached.
+TERVIK_API double interpolate_z_at_t(tag_tlogp_layer* layers, int n, double t);
+
+// Pressure (hPa) of the first crossing of t (deg C), linear in temperature; 9999.0 as
+// interpolate_z_at_t.
+TERVIK_API double interpolate_p_at_t(tag_tlogp_layer* layers, int n, double t);
+
+// Pressure (hPa) at height z, linear in height, over the valid levels that have a height;
+// 9999.0 if z lies below the first of them or above the last.
+TERVIK_API double interpolate_p_at_z(tag_tlogp_layer* layers, int n, double z);
+
+// Every value of the profile at p hPa (or at height z), linear in pressure (height), over
+// the valid levels whose height, wind direction and wind speed are all present. The wind
+// direction is interpolated as a plain number (no wrap at 360). Invalid sample when the
+// target lies outside those levels.
+TERVIK_API layer_sample interpolate_layer_at_p(tag_tlogp_layer* layers, int n, double p);
+TERVIK_API layer_sample interpolate_layer_at_z(tag_tlogp_layer* layers, int n, double z);
+
+// Lifting condensation level (hPa, deg C) of the first level's air (pt_LCL).
+TERVIK_API bool LCL(tag_tlogp_layer* layers, int n, double* p, double* t);
+
+// Convective condensation level: walking up in 1 hPa steps from the first level, the
+// first pressure where the environment is no warmer than the temperature at which the
+// first level's specific humidity saturates. Writes that pressure (hPa) and the
+// environment temperature there (deg C). Fails above the profile's top, at 10 hPa, and
+// for a first level at 0 hPa or above 1e4 hPa.
+TERVIK_API bool CCL(tag_tlogp_layer* layers, int n, double* p, double* t);
+
+// Convective temperature (deg C): the CCL temperature brought down the dry adiabat to the
+// first level. 9999.0 when CCL fails.
+TERVIK_API double Tc(tag_tlogp_layer* layers, int n);
+
+// Level of free convection: walking up the pseudo-adiabat from the LCL in 0.1 hPa steps,
+// the first pressure where the parcel is at least as warm as the environment. Writes
+// that pressure (hPa), the parcel temperature (deg C) and the dew point of the first-level
+// (far) interpolation there. Fails when LCL fails or the walk leaves the profile.
+TERVIK_API bool LFC(tag_tlogp_layer* layers, int n, double* p, double* t, double* td);
+
+// Equilibrium level: walking up the pseudo-adiabat from the LFC in 0.1 hPa steps, the
+// last pressure where the parcel was warmer than the environment. A one-step latch lets
+// only every second step of a buoyant run write, so the result may lie one step below the
+// last buoyant one. Writes that pressure (hPa) and the far-interpolated environment
+// temperature and dew point (deg C) there. Fails only when LFC fails; returns true even
+// when nothing was written, so preset the outputs.
+TERVIK_API bool EL(tag_tlogp_layer* layers, int n, double* p, double* t, double* td);
+
+// Heights of the 0, -20 and -30 deg C isotherms (interpolate_z_at_t), and their pressures
+// (interpolate_p_at_t); 9999.0 where not found.
+TERVIK_API double z_t0(tag_tlogp_layer* layers, int n);
+TERVIK_API double z_tm20(tag_tlogp_layer* layers, int n);
+TERVIK_API double z_tm30(tag_tlogp_layer* layers, int n);
+TERVIK_API double p_t0(tag_tlogp_layer* layers, int n);
+TERVIK_API double p_tm20(tag_tlogp_layer* layers, int n);
+TERVIK_API double p_tm30(tag_tlogp_layer* layers, int n);
+
+}  // extern "C"
+
 // ---- Stability and convective indices ----
 //
 // Every index takes the profile (levels from the ground upward) and its count and returns
