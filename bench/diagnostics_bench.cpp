@@ -1,5 +1,5 @@
 // The finite-difference diagnostics on a global quarter-degree grid (1440 x 721, north
-// row first). Each kernel reports its effective bandwidth (bytes of its arguments read and
+// row first), and CAPE of a small set of model columns. Each kernel reports its effective bandwidth (bytes of its arguments read and
 // written per second); a memcpy of the same input arrays, run in the same program, shows
 // what the memory system gives.
 
@@ -113,6 +113,69 @@ void BM_Frontogenesis(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * 8 * kGridBytes);
 }
 
+// CAPE on a 40 x 30 grid of 20-level columns (1000 to 50 hPa): a hot, nearly saturated
+// boundary layer under a constant lapse rate, strongly unstable everywhere, so every
+// column walks its whole depth. The time is that of the sounding's own CAPE walk; the
+// column gathering around it is what this field adds.
+constexpr int kCapeNx = 40, kCapeNy = 30, kCapeNz = 20;
+constexpr std::size_t kCapePoints = static_cast<std::size_t>(kCapeNx) * kCapeNy;
+
+struct CapeColumns {
+  std::vector<std::vector<double>> t, td;
+  std::vector<const double*> t_levels, td_levels;
+  std::vector<double> p;
+  CapeColumns() {
+    for (int z = 0; z < kCapeNz; ++z) {
+      const double pz = 1000.0 - 50.0 * z;
+      p.push_back(pz);
+      std::vector<double> tz(kCapePoints), tdz(kCapePoints);
+      for (std::size_t k = 0; k < kCapePoints; ++k) {
+        const double surface = 24.0 + 6.0 * std::sin(0.3 * k);
+        const double lapse = 0.0065 * 29.3 * (273.15 + surface) * std::log(1000.0 / pz);
+        tz[k] = surface - lapse;
+        tdz[k] = tz[k] - (z < 4 ? 3.0 + 2.0 * std::cos(0.2 * k) : 12.0 + z);
+      }
+      t.push_back(std::move(tz));
+      td.push_back(std::move(tdz));
+    }
+    for (int z = 0; z < kCapeNz; ++z) {
+      t_levels.push_back(t[z].data());
+      td_levels.push_back(td[z].data());
+    }
+  }
+  std::size_t bytes() const {
+    return (2 * kCapeNz + 1) * kCapePoints * sizeof(double) + kCapeNz * sizeof(double);
+  }
+};
+
+void BM_Cape(benchmark::State& state) {
+  const CapeColumns c;
+  std::vector<double> out(kCapePoints);
+  double lo, hi;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(compute_field_cape(out.data(), &lo, &hi, c.t_levels.data(),
+                                                c.td_levels.data(), c.p.data(), kCapeNz, kCapeNx,
+                                                kCapeNy, 1.0));
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * c.bytes());
+  state.counters["cape_max"] = hi;
+}
+
+void BM_MemcpyCapeColumns(benchmark::State& state) {
+  const CapeColumns c;
+  std::vector<std::vector<double>> copies(2 * kCapeNz, std::vector<double>(kCapePoints));
+  for (auto _ : state) {
+    for (int z = 0; z < kCapeNz; ++z) {
+      std::memcpy(copies[2 * z].data(), c.t[z].data(), kCapePoints * sizeof(double));
+      std::memcpy(copies[2 * z + 1].data(), c.td[z].data(), kCapePoints * sizeof(double));
+    }
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * 2 * 2 * kCapeNz *
+                          kCapePoints * sizeof(double));
+}
+
 }  // namespace
 
 BENCHMARK(BM_MemcpyTwoGrids)->Unit(benchmark::kMillisecond);
@@ -122,3 +185,5 @@ BENCHMARK(BM_MemcpyThreeGrids)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Advection)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MemcpySevenGrids)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Frontogenesis)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MemcpyCapeColumns)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Cape)->Unit(benchmark::kMillisecond);
