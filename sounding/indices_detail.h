@@ -9,7 +9,7 @@
 
 #include <tervik/sounding.h>
 
-namespace tervik::detail {
+namespace tervik::sounding_index {
 
 constexpr double kUndef = 9999.0;
 // Gas constants: the parcel-energy walks use 287.05, the updraught and density formulas
@@ -70,6 +70,6 @@ inline double dm_from(double wm) {
   return wm * (wm + wm) / 22.0 / 22.0;
 }
 
-}  // namespace tervik::detail
+}  // namespace tervik::sounding_index
 
 #endif

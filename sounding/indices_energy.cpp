@@ -12,11 +12,11 @@
 
 #include "sounding/indices_detail.h"
 
-using tervik::detail::first_valid;
-using tervik::detail::kRdDensity;
-using tervik::detail::kRdEnergy;
-using tervik::detail::kUndef;
-using tervik::detail::usable_profile;
+using tervik::sounding_index::first_valid;
+using tervik::sounding_index::kRdDensity;
+using tervik::sounding_index::kRdEnergy;
+using tervik::sounding_index::kUndef;
+using tervik::sounding_index::usable_profile;
 
 namespace {
 
@@ -48,7 +48,7 @@ struct RunArea {
 
 }  // namespace
 
-namespace tervik::detail {
+namespace tervik::sounding_index {
 
 // The parcel follows the pseudo-adiabat through the LFC at every level, also below the
 // LFC, from the ground to the top of the atmosphere.
@@ -119,7 +119,7 @@ double wm_from_lfc(tag_tlogp_layer* layers, int n, double p_lfc, double t_lfc) {
                    kRdDensity * dmax);
 }
 
-}  // namespace tervik::detail
+}  // namespace tervik::sounding_index
 
 extern "C" {
 
@@ -127,11 +127,11 @@ double CAPE(tag_tlogp_layer* layers, int n) {
   if (!usable_profile(layers, n)) return kUndef;
   double p_lfc = 0.0, t_lfc = 0.0, td_lfc = 0.0;
   if (!LFC(layers, n, &p_lfc, &t_lfc, &td_lfc)) return kUndef;
-  return tervik::detail::cape_from_lfc(layers, n, p_lfc, t_lfc);
+  return tervik::sounding_index::cape_from_lfc(layers, n, p_lfc, t_lfc);
 }
 
 double w_cape(tag_tlogp_layer* layers, int n) {
-  return tervik::detail::twice_root(CAPE(layers, n));
+  return tervik::sounding_index::twice_root(CAPE(layers, n));
 }
 
 double CIN(tag_tlogp_layer* layers, int n) {
@@ -140,20 +140,20 @@ double CIN(tag_tlogp_layer* layers, int n) {
   double p_lfc = 0.0, t_lfc = 0.0, td_lfc = 0.0;
   if (!LCL(layers, n, &p_lcl, &t_lcl)) return kUndef;
   if (!LFC(layers, n, &p_lfc, &t_lfc, &td_lfc)) return kUndef;
-  return tervik::detail::cin_from_levels(layers, n, p_lcl, t_lcl, p_lfc);
+  return tervik::sounding_index::cin_from_levels(layers, n, p_lcl, t_lcl, p_lfc);
 }
 
 double w_cin(tag_tlogp_layer* layers, int n) {
-  return tervik::detail::twice_root(CIN(layers, n));
+  return tervik::sounding_index::twice_root(CIN(layers, n));
 }
 
 double Wm(tag_tlogp_layer* layers, int n) {
   if (!usable_profile(layers, n)) return kUndef;
   double p_lfc = 0.0, t_lfc = 0.0, td_lfc = 0.0;
   if (!LFC(layers, n, &p_lfc, &t_lfc, &td_lfc)) return kUndef;
-  return tervik::detail::wm_from_lfc(layers, n, p_lfc, t_lfc);
+  return tervik::sounding_index::wm_from_lfc(layers, n, p_lfc, t_lfc);
 }
 
-double Dm(tag_tlogp_layer* layers, int n) { return tervik::detail::dm_from(Wm(layers, n)); }
+double Dm(tag_tlogp_layer* layers, int n) { return tervik::sounding_index::dm_from(Wm(layers, n)); }
 
 }  // extern "C"

@@ -4,7 +4,7 @@
 
 #include "sounding/indices_detail.h"
 
-namespace tervik::detail {
+namespace tervik::sounding_index {
 
 bool usable_profile(const tag_tlogp_layer* layers, int n) {
   if (layers == nullptr || n < 1) return false;
@@ -35,4 +35,4 @@ const tag_tlogp_layer* mandatory(tag_tlogp_layer* layers, int n, double p) {
   return i < 0 ? nullptr : &layers[i];
 }
 
-}  // namespace tervik::detail
+}  // namespace tervik::sounding_index

@@ -6,10 +6,10 @@
 
 #include "sounding/indices_detail.h"
 
-using tervik::detail::first_valid;
-using tervik::detail::kUndef;
-using tervik::detail::mandatory;
-using tervik::detail::usable_profile;
+using tervik::sounding_index::first_valid;
+using tervik::sounding_index::kUndef;
+using tervik::sounding_index::mandatory;
+using tervik::sounding_index::usable_profile;
 
 extern "C" {
 

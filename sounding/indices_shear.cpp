@@ -6,10 +6,10 @@
 
 #include "sounding/indices_detail.h"
 
-using tervik::detail::kUndef;
-using tervik::detail::usable_profile;
-using tervik::detail::wind_east;
-using tervik::detail::wind_north;
+using tervik::sounding_index::kUndef;
+using tervik::sounding_index::usable_profile;
+using tervik::sounding_index::wind_east;
+using tervik::sounding_index::wind_north;
 
 namespace {
 
@@ -77,7 +77,7 @@ double Shr(tag_tlogp_layer* layers, int n, double bottom, double top) {
 }
 
 double SSI(tag_tlogp_layer* layers, int n) {
-  return tervik::detail::ssi_from(Shr(layers, n, 0.0, 600.0), CAPE(layers, n));
+  return tervik::sounding_index::ssi_from(Shr(layers, n, 0.0, 600.0), CAPE(layers, n));
 }
 
 double SWISS00(tag_tlogp_layer* layers, int n) {
@@ -99,7 +99,7 @@ double SWISS12(tag_tlogp_layer* layers, int n) {
 }
 
 double BRN(tag_tlogp_layer* layers, int n) {
-  return tervik::detail::brn_from(CAPE(layers, n), Shr(layers, n, 0.0, 600.0));
+  return tervik::sounding_index::brn_from(CAPE(layers, n), Shr(layers, n, 0.0, 600.0));
 }
 
 // Helicity of the lowest 300 height units relative to a storm moving at 0.75 of the
@@ -152,7 +152,7 @@ double SRH(tag_tlogp_layer* layers, int n) {
 }
 
 double EHI(tag_tlogp_layer* layers, int n) {
-  return tervik::detail::ehi_from(CAPE(layers, n), SRH(layers, n));
+  return tervik::sounding_index::ehi_from(CAPE(layers, n), SRH(layers, n));
 }
 
 // Squared length of the vector wind difference between 850 and 300 hPa. A reported level

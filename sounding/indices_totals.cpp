@@ -5,10 +5,10 @@
 
 #include "sounding/indices_detail.h"
 
-using tervik::detail::kRadPerDeg;
-using tervik::detail::kUndef;
-using tervik::detail::mandatory;
-using tervik::detail::usable_profile;
+using tervik::sounding_index::kRadPerDeg;
+using tervik::sounding_index::kUndef;
+using tervik::sounding_index::mandatory;
+using tervik::sounding_index::usable_profile;
 
 namespace {
 
