@@ -6,6 +6,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 
 #if defined(__SSE2__)
@@ -52,11 +53,14 @@ inline int open_field(const double* out, double* min, double* max, int nx, int n
   return empty_grid(nx, ny) ? 0 : -1;
 }
 
-// A malloc()ed buffer of doubles, freed on scope exit.
+// A malloc()ed buffer of doubles, freed on scope exit; null when the memory is not there
+// (or the size in bytes would not even fit a size_t).
 class Buffer {
  public:
   explicit Buffer(std::size_t count)
-      : data_(static_cast<double*>(std::malloc((count ? count : 1) * sizeof(double)))) {}
+      : data_(count > SIZE_MAX / sizeof(double)
+                  ? nullptr
+                  : static_cast<double*>(std::malloc((count ? count : 1) * sizeof(double)))) {}
   Buffer(const Buffer&) = delete;
   Buffer& operator=(const Buffer&) = delete;
   ~Buffer() { std::free(data_); }

@@ -75,3 +75,22 @@ TEST(MoistureFlux, FailureCodes) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(WorkBuffers, AGridTooLargeToAllocateFailsWithNothingWritten) {
+  // INT_MAX x INT_MAX points need more bytes than a size_t holds: the work grids of these
+  // fields cannot exist, and nothing of the (small) arrays passed is touched.
+  const int huge = 2147483647;
+  std::vector<double> a(4, 1.0), out(4, -1.0);
+  double lo = 0, hi = 0;
+  EXPECT_EQ(compute_field_qdiv(out.data(), &lo, &hi, a.data(), a.data(), a.data(), a.data(), 850,
+                               huge, huge, 0, 1, 0, 1, 1), 1);
+  EXPECT_EQ(compute_field_voradv(out.data(), &lo, &hi, a.data(), a.data(), huge, huge, 0, 1, 0, 1,
+                                 1), 1);
+  EXPECT_EQ(compute_field_isop_pv(out.data(), &lo, &hi, a.data(), a.data(), a.data(), a.data(),
+                                  700, 500, huge, huge, 0, 1, 0, 1, 1), 1);
+  for (double x : out) EXPECT_EQ(x, -1.0);
+}
+
+}  // namespace
