@@ -74,6 +74,21 @@ TEST(CapeField, EachPointIsTheCapeOfItsColumnWhicheverWayTheLevelsAreStacked) {
     EXPECT_EQ(lo, std::min(out[0], out[1])) << top_down;
     EXPECT_EQ(hi, std::max(out[0], out[1])) << top_down;
   }
+
+  // a caller's double** of level grids is accepted as it is
+  Stack s(false);
+  std::vector<double*> t_levels, td_levels;
+  for (std::size_t z = 0; z < s.p.size(); ++z) {
+    t_levels.push_back(s.t[z].data());
+    td_levels.push_back(s.td[z].data());
+  }
+  double** t_raw = t_levels.data();
+  double** td_raw = td_levels.data();
+  std::vector<double> out(3);
+  double lo, hi;
+  ASSERT_EQ(compute_field_cape(out.data(), &lo, &hi, t_raw, td_raw, s.p.data(),
+                               static_cast<int>(s.p.size()), 3, 1, 1.0), 0);
+  EXPECT_EQ(out[0], want0);
 }
 
 TEST(CapeField, FailureCodes) {

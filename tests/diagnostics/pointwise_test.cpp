@@ -45,21 +45,6 @@ TEST(PointwiseFields, SkipUndefinedPointsAndKeepThemOutOfTheRange) {
   }
 }
 
-TEST(PointwiseFields, RelativeHumidityIsTheVapourPressureRatio) {
-  const std::vector<double> t = {25.0, 0.0, -12.0};
-  const std::vector<double> td = {15.0, -5.0, -20.0};
-  std::vector<double> rh(3);
-  double lo, hi;
-  ASSERT_EQ(compute_field_ttd2rh(rh.data(), &lo, &hi, t.data(), td.data(), 3, 1, 1.0), 0);
-  for (int k = 0; k < 3; ++k) {
-    EXPECT_EQ(rh[k], E(td[k]) * 100 / E(t[k]));
-    EXPECT_GT(rh[k], 0.0);
-    EXPECT_LT(rh[k], 100.0);
-  }
-  EXPECT_EQ(lo, std::fmin(rh[0], std::fmin(rh[1], rh[2])));
-  EXPECT_EQ(hi, std::fmax(rh[0], std::fmax(rh[1], rh[2])));
-}
-
 using AtPressureFn = int (*)(double*, double*, double*, const double*, double, int, int, double);
 
 TEST(PointwiseFields, ThermodynamicFieldsComputeThroughTheUndefinedValue) {
