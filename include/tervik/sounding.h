@@ -249,7 +249,190 @@ TERVIK_API double p_tm30(tag_tlogp_layer* layers, int n);
 }  // extern "C"
 
 // ---- Stability and convective indices ----
+//
+// Every index takes the profile (levels from the ground upward) and its count and returns
+// one double, or 9999.0 when a level it needs is missing. A mandatory level (850, 700,
+// 500 hPa) is the first valid record whose pressure is exactly that value; it is never
+// interpolated. Temperatures and dew points of the levels found are used as they are: a
+// 9999.0 stored in t or td is not detected and enters the arithmetic.
+//
+// Every index first checks that the profile is usable: layers not null, n >= 1, and every
+// valid record with a finite pressure in (0, 1100] hPa, not greater than the pressure of
+// the valid record below it, and finite t, td, z, wind direction and speed (9999.0 counts
+// as finite). A profile that fails the check gives 9999.0 at once; this keeps the
+// fixed-step walks bounded and away from NaN.
+extern "C" {
+
+// Showalter index (deg C): t500 minus the 850 hPa parcel lifted to 500 hPa.
+TERVIK_API double SI(tag_tlogp_layer* layers, int n);
+// Lifted index (deg C): t500 minus the ground parcel lifted to 500 hPa; the ground must lie
+// below 500 hPa.
+TERVIK_API double LI(tag_tlogp_layer* layers, int n);
+// Best lifted index (deg C): the lowest lifted index of parcels starting at the ground and
+// every 50 hPa above it down to 700 hPa (sampled with interpolate_layer_at_p). 1000.0 when
+// the ground lies above 700 hPa; 9999.0 without a 500 hPa level.
+TERVIK_API double BLI(tag_tlogp_layer* layers, int n);
+// Deep convective index (deg C): t850 + td850 - LI.
+TERVIK_API double DCI(tag_tlogp_layer* layers, int n);
+// Slavin-type lifted index (deg C) from the ground parcel, weighted by the 850/700/500 hPa
+// temperatures and moisture; needs 850, 700 and 500 and an LCL below 500 hPa.
+TERVIK_API double SLW(tag_tlogp_layer* layers, int n);
+// Total totals (deg C): t850 + td850 - 2 t500.
+TERVIK_API double TT(tag_tlogp_layer* layers, int n);
+// Total totals with the mean t + td of the valid records from the first record up to the
+// 850 hPa record in place of t850 + td850.
+TERVIK_API double TTmod(tag_tlogp_layer* layers, int n);
+// K index (deg C): (t850 - t500) + td850 - (t700 - td700).
+TERVIK_API double K(tag_tlogp_layer* layers, int n);
+// K index with mean t and mean td of the records from the first up to the 850 hPa record,
+// every one of which must be valid.
+TERVIK_API double Kmod(tag_tlogp_layer* layers, int n);
+// K index with the mean of record 0 and 850 hPa; record 0 must be valid.
+TERVIK_API double Kmod2(tag_tlogp_layer* layers, int n);
+// Faust: temperature (deg C) at 500 hPa of an 850 hPa parcel with the mean dew point of
+// 850, 700 and 500 hPa (the parcel temperature itself, not a difference).
+TERVIK_API double Faust(tag_tlogp_layer* layers, int n);
+// Jefferson index (deg C) from record 1 (the second record, whatever its pressure) and t500.
+TERVIK_API double JI(tag_tlogp_layer* layers, int n);
+// Modified Jefferson index: JI - (t700 - td700) / 2 + 3.
+TERVIK_API double mJI(tag_tlogp_layer* layers, int n);
+// A index (deg C): (t850 - t500) minus the dew-point depressions at 850, 700 and 500 hPa.
+TERVIK_API double A(tag_tlogp_layer* layers, int n);
+// Severe weather threat index (dimensionless) from 850 and 500 hPa temperatures and winds.
+TERVIK_API double SWEAT(tag_tlogp_layer* layers, int n);
+
+// Convective available potential energy (J/kg) of the pseudo-adiabat through the level of
+// free convection, summed in 2 hPa steps from the ground upward over runs of positive
+// buoyancy. 9999.0 when the LFC cannot be found.
+TERVIK_API double CAPE(tag_tlogp_layer* layers, int n);
+// Maximum updraught speed sqrt(2 CAPE) (m/s); 9999.0 with CAPE.
+TERVIK_API double w_cape(tag_tlogp_layer* layers, int n);
+// Convective inhibition (J/kg, positive) of the ground parcel below the LFC, 0.1 hPa steps.
+// 9999.0 when the LCL or the LFC cannot be found.
+TERVIK_API double CIN(tag_tlogp_layer* layers, int n);
+// Speed sqrt(2 CIN) (m/s) an updraught needs to pass the inhibition; 9999.0 with CIN.
+TERVIK_API double w_cin(tag_tlogp_layer* layers, int n);
+
+// Bulk wind shear (m/s) between the heights `bottom` and `top` (height unit of the
+// profile): the length of the vector difference between the density-weighted mean wind of
+// the layer and the wind at its bottom, as in the shear of the bulk Richardson number. A
+// bottom below the lowest level with a height is taken at that level. 9999.0 when the
+// layer cannot be sampled (top above the winds of the profile, top <= bottom).
+TERVIK_API double Shr(tag_tlogp_layer* layers, int n, double bottom, double top);
+// Severe storm index from Shr(0, 600) and CAPE.
+TERVIK_API double SSI(tag_tlogp_layer* layers, int n);
+// Swiss thunderstorm indices for the evening (SWISS00) and midday (SWISS12) soundings.
+TERVIK_API double SWISS00(tag_tlogp_layer* layers, int n);
+TERVIK_API double SWISS12(tag_tlogp_layer* layers, int n);
+// Bulk Richardson number 2 CAPE / Shr(0, 600)^2.
+TERVIK_API double BRN(tag_tlogp_layer* layers, int n);
+// Storm-relative helicity (m2/s2) of the lowest 300 height units for a storm moving at
+// 0.75 of the 400-850 hPa mean wind, 40 degrees to its right. 9999.0 when no record has a
+// height.
+TERVIK_API double SRH(tag_tlogp_layer* layers, int n);
+// Energy-helicity index CAPE SRH / 1.6e6.
+TERVIK_API double EHI(tag_tlogp_layer* layers, int n);
+// Depths (height unit) of the layers between the 0 and -20 deg C, and -20 and -40 deg C
+// isotherms.
+TERVIK_API double Hd0_20(tag_tlogp_layer* layers, int n);
+TERVIK_API double Hd20_40(tag_tlogp_layer* layers, int n);
+
+// Pseudo-equivalent potential temperature differences (deg C): 500 hPa minus 850 hPa (or
+// 700 hPa without 850) (Iconve); saturated 500 hPa minus record 0 (Icondi); their sum.
+TERVIK_API double Iconve(tag_tlogp_layer* layers, int n);
+TERVIK_API double Icondi(tag_tlogp_layer* layers, int n);
+TERVIK_API double Icondi_conve(tag_tlogp_layer* layers, int n);
+// Vertical-velocity index from the convective temperature and the 0 deg C level.
+TERVIK_API double VV(tag_tlogp_layer* layers, int n);
+// Maximum in-cloud updraught (m/s) from the greatest parcel excess above the LFC.
+TERVIK_API double Wm(tag_tlogp_layer* layers, int n);
+// Hail diameter estimate from Wm.
+TERVIK_API double Dm(tag_tlogp_layer* layers, int n);
+// Microburst day potential index: spread of theta_se over the profile / 20.
+TERVIK_API double MDPI(tag_tlogp_layer* layers, int n);
+// Static-energy stabilities (deg C) from samples at 800 and 850 hPa (sigma_D, sigma_L) and
+// 850 hPa against t500 (sigma_S).
+TERVIK_API double sigma_S(tag_tlogp_layer* layers, int n);
+TERVIK_API double sigma_D(tag_tlogp_layer* layers, int n);
+TERVIK_API double sigma_L(tag_tlogp_layer* layers, int n);
+// Squared vector wind difference (m2/s2) between 850 and 300 hPa.
+TERVIK_API double TQG(tag_tlogp_layer* layers, int n);
+// Column integral of specific humidity over height (kg/kg times the height unit), by the
+// trapezoidal rule over the valid records with a height.
+TERVIK_API double IntQ(tag_tlogp_layer* layers, int n);
+// A reserved index that is not computed: always 9999.0, reads nothing. sigma_C and sigma_P
+// are the same entry point.
+TERVIK_API double Teffer(tag_tlogp_layer* layers, int n);
+TERVIK_API double sigma_C(tag_tlogp_layer* layers, int n);
+TERVIK_API double sigma_P(tag_tlogp_layer* layers, int n);
+// Convective trigger (hPa): the first record's air, warmed by `dt` deg C at constant
+// moisture, rises along its dry adiabat in 1 hPa steps until it is no warmer than the
+// environment; if it reaches saturation on the way up, the result is the pressure depth
+// p0 - p_base from the first record to that cloud base. 9999.0 when the thermal stops
+// below its condensation level or the profile ends first.
+TERVIK_API double CT(tag_tlogp_layer* layers, int n, double dt);
+
+}  // extern "C"
 
 // ---- Per-station physics record and report ----
+
+struct tag_tervik_data5;  // the sounding record, declared in tervik/records.h
+
+// The quantities of one station's sounding. index[k] holds the quantity of table entry k
+// (tervik_physics_table), 9999.0 when it could not be computed. levels holds the
+// characteristic levels: 0 the ground (first valid record), 1 LCL, 2 LFC, 3 EL, 4 CCL,
+// 5 the 0 deg C, 6 the -20 deg C and 7 the -30 deg C level; a level that was found is
+// valid with p, t, td and, where the profile gives it, z. extra holds working values:
+// 0 Shr(0, 300), 1 Shr(300, 600), 2 CT with 2 deg C of heating, 3 precipitable water (mm),
+// 4 the ground's virtual potential temperature (deg C), 5 the -40 deg C height.
+// Default construction gives the initial state: header 0, levels invalid with 9999.0,
+// extra 0.0, index 9999.0.
+struct tag_physics_station {
+  int32_t header[3] = {0, 0, 0};  // header[0]: station number
+  tag_tlogp_layer levels[8];
+  double extra[6] = {0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
+  double index[68] = {9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0,
+                      9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0,
+                      9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0,
+                      9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0,
+                      9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0,
+                      9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0,
+                      9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0, 9999.0,
+                      9999.0, 9999.0, 9999.0, 9999.0, 9999.0};
+};
+
+// One entry of the index table: the short key the report prints and a descriptive label.
+// Labels are GBK-encoded Chinese text; two pairs share a label (BLI and BI, aa4 and aa8).
+struct tag_physics_key {
+  const char* key;
+  const char* label;
+};
+
+// The 68 entries, in the order of tag_physics_station::index. The formula of every entry
+// is listed in docs/physics-indices.md.
+TERVIK_API extern const tag_physics_key tervik_physics_table[68];
+
+// Display scale of each index slot, entry k going with index[k], for callers that show
+// the values in other units; the library never reads it.
+TERVIK_API extern const double tervik_physics_unit[68];
+
+// Computes the record of every sounding of `soundings`: `out` is emptied, then gets one
+// entry per sounding, in order. A sounding is computed when `station` is 0 or equals its
+// station number; the others stay in the initial state (all index values 9999.0).
+TERVIK_API void create_tlogp_physics(const tag_tervik_data5& soundings,
+                                     std::vector<tag_physics_station>& out, int station);
+
+// Fills `result` from one station's profile: header[0] gets the station number, then the
+// levels, the extra values and the 68 quantities; what cannot be computed is left as it
+// was (9999.0 in a fresh record). An empty or unusable profile leaves every index 9999.0.
+TERVIK_API void compute_tlogp_physics(const tag_tlogp_station& sounding,
+                                      tag_physics_station& result);
+
+// Writes the report of `record`: 68 lines "%9s %12.4f\n" of key and value in table order,
+// to `path` (opened "w") or to standard output when `path` is null. Returns 0; when the
+// file cannot be opened prints "Fail to open file <path>." on standard error and returns
+// -1. The file is not closed: the stream stays open until the process exits, so a reader
+// in the same process sees only what has been flushed.
+TERVIK_API int write_physics_station(const char* path, tag_physics_station& record);
 
 #endif
