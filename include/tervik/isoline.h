@@ -159,6 +159,80 @@ class TERVIK_API isoline_analysis_gx : public isoline_analysis_base {
 
 // ---- Filled-contour tracer ----
 
+// Filled contours: the polygons covering the part of a grid whose values lie in each band
+// between consecutive levels, handed to a builder through newShadedLine, addShadedPoint and
+// addShadedLine.
+//
+// Bands. The levels are taken in ascending order of value (any order may be given; NaN
+// levels are dropped, equal levels bound an empty band that yields nothing). A value v lies
+// in the band (a, b] of the consecutive levels a < b, in the open band below the lowest
+// level when v <= lowest, and in the open band above the highest when v > highest: a value
+// equal to a level counts below it, exactly as the contour tracer decides which cell sides a
+// level crosses, so band boundaries run through the same side crossings as the lines.
+// Inside a cell the field is taken as bilinear; boundaries are straight between side
+// crossings, and a saddle cell joins its corners the way the bilinear surface does (by the
+// value at its saddle point).
+//
+// Descriptors of newShadedLine(level, first, second), per ring:
+//  - first: colour of the band. create_isoshade gives a band the colour of the level at its
+//    lower edge and the open band below the lowest level -1; create_isoshade_high2low gives a
+//    band the colour of the level at its upper edge and the open band above the highest level
+//    -1. With colours 0..count-1 for ascending levels, create_isoshade numbers the bands
+//    -1..count-1 from the bottom; for descending levels, high2low numbers them -1..count-1
+//    from the top.
+//  - level: the level whose colour the band carries (for the -1 band the nearest level).
+//  - second: 0 for an outer boundary, 1 for a hole.
+// Rings are closed (the last point repeats the first), outer boundaries run counter-clockwise
+// and holes clockwise in map coordinates (whatever the signs of dx and dy), so filling all
+// rings of one band together with either the even-odd or the nonzero rule gives the band.
+// Rings of a band come in no particular nesting order. Only the first and the last point of
+// a ring are passed with edge true. Without spline smoothing the signed areas of all rings
+// of all bands add up to the area of the cells with four defined corners.
+//
+// Missing data: grid values equal to `undef`, NaN or infinite are missing; a cell with a
+// missing corner belongs to no band and its sides bound the bands around it.
+//
+// `open_bands` says which open bands to build: 1 the band below the lowest level, 2 the band
+// above the highest, 3 both (the whole defined area is then covered), 0 neither.
+//
+// Spline smoothing (on after construction) smooths every piece of a ring that follows a
+// level with the contour tracer's cubic Hermite curve (steps of 0.25 grid units, 0.1 when a
+// grid step is 0.1 or less); pieces along the grid border or missing data stay straight.
+// Neighbouring bands share the same smoothed curve, so bands still neither overlap nor leave
+// gaps at their common boundaries.
+//
+// Grid layout and map coordinates as for isoline_analysis_gx: point (column i, row j),
+// counted from 0, is grid[j*nx + i] at (x0 + i*dx, y0 + j*dy).
+class TERVIK_API isoline_shade {
+ public:
+  explicit isoline_shade(contourBuilder* builder);
+  isoline_shade(const isoline_shade&) = delete;
+  isoline_shade& operator=(const isoline_shade&) = delete;
+  ~isoline_shade();
+
+  void enable_spline(bool on);
+
+  // Builds the bands of `count` levels with their colours (see above). Returns false, with
+  // nothing or only part of the rings delivered, when an argument is unusable (null
+  // pointers, nx or ny below 2, more than 2^29 grid points, no level that is not NaN), when
+  // no cell has four defined corners, when the bands would need more than 2^26 side
+  // crossings, or when memory runs out; true otherwise.
+  bool create_isoshade(const double* grid, int nx, int ny, double x0, double y0, double dx,
+                       double dy, const double* levels, const int* colours, int count,
+                       double undef, int open_bands);
+  bool create_isoshade_high2low(const double* grid, int nx, int ny, double x0, double y0,
+                                double dx, double dy, const double* levels,
+                                const int* colours, int count, double undef, int open_bands);
+
+ private:
+  bool shade(const double* grid, int nx, int ny, double x0, double y0, double dx, double dy,
+             const double* levels, const int* colours, int count, double undef, int open_bands,
+             bool colour_from_upper_edge);
+
+  contourBuilder* builder_;  // not owned
+  bool spline_;
+};
+
 // ---- Analysis parameters and driver ----
 
 #endif
