@@ -5,6 +5,7 @@
 // interface through which tracers deliver geometry, and the tracers themselves.
 
 #include <cstdint>
+#include <iosfwd>
 #include <vector>
 
 #include <tervik/export.h>
@@ -234,5 +235,63 @@ class TERVIK_API isoline_shade {
 };
 
 // ---- Analysis parameters and driver ----
+
+// How do_isoline_analysis contours a grid. Longitudes and latitudes in degrees.
+struct isoline_analysis_param {
+  // The area fields hold valid values. do_isoline_analysis does not read it; the objective
+  // analysis fills the area from its grid when it finds it false.
+  bool area_set = false;
+  double first_lon = 0, last_lon = 0, first_lat = 0, last_lat = 0;  // map area to contour
+  double lon_step = 0, lat_step = 0;                                // sampling of the area
+  bool use_interval = true;  // levels from start, interval and end; false: `levels`
+  double level_start = 0, level_interval = 0, level_end = 0;
+  std::vector<double> levels;  // explicit levels, in file order
+  bool shade = false;          // also build filled bands
+  bool spline = false;         // smooth the isolines
+  bool shade_spline = false;   // smooth the filled bands
+  int32_t smoothing = 0;       // field smoothing: 0 none, 1 box of 3, 2 box of 5, 3 Gaussian
+};
+
+// Writes the parameters as one line of whitespace-separated numbers, a blank after each but
+// the last and no line break: area_set (1 or 0); first_lon last_lon first_lat last_lat
+// lon_step lat_step; the level count n (0 when use_interval is set, else the list's size);
+// level_start level_interval level_end when n is 0, else the n levels; shade spline
+// shade_spline (1 or 0); smoothing. Numbers use the stream's current format (six
+// significant digits unless the caller set another precision).
+TERVIK_API std::ofstream& operator<<(std::ofstream& out, const isoline_analysis_param& param);
+
+// Reads the text written above. Flags are integers and true exactly when equal to 1;
+// use_interval becomes (n == 0); the n levels are appended to `levels` without clearing it,
+// and when n is 0 the list is left alone and start, interval and end are read instead (they
+// are left alone when n is above 0). On truncated or non-numeric text, a negative level count
+// or one above 10 000 000, the stream is left failed and the record exactly as it was;
+// memory grows only with the levels actually present in the text.
+TERVIK_API std::ifstream& operator>>(std::ifstream& in, isoline_analysis_param& param);
+
+// Proposes contour settings for values between `min` and `max`: a round interval giving
+// about ten levels, the first multiple of it above `min` (one interval above the largest
+// multiple not greater than `min`) and the largest multiple not greater than `max`. A range
+// below 1e-16, or a min or max that is not finite, gives start 0, interval 1, end 0. Null
+// output pointers are skipped.
+TERVIK_API void find_isoline_values(double min, double max, double* start, double* interval,
+                                    double* end);
+
+// Contours a grid record into `out` with the parameters: levels, field smoothing, the area
+// (the whole grid with the parameters' geometry when the record's geometry_override is set;
+// the whole grid when the six area values equal the record's within 0.001; else the area
+// cut out of the grid), isolines and, when param.shade is set, filled bands through an
+// isolineContourBuilder. On success `out` is replaced by the lines and polygons built and
+// the result is true.
+//
+// Fails, returning false with `out` untouched: a level count of 0 or less (an interval that
+// is zero, NaN, of the wrong sign or leaves more than 10 000 000 levels counts as none),
+// failed level memory (silently), and "Isoline analysis fails.\n" on standard error when the
+// area reaches outside the grid, the record has no values or nothing was contoured. An area
+// whose size formula gives no rows or columns (for instance a south-to-north step on a
+// north-to-south grid) contours nothing and so fails the same way. Missing values are those
+// equal to tervik_data4::undef. Failed shading prints "Shaded isoline analysis fails.\n"
+// and leaves the result true.
+TERVIK_API bool do_isoline_analysis(const tervik_data4& grid, tag_isoline_layer& out,
+                                    const isoline_analysis_param& param);
 
 #endif
