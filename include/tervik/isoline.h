@@ -120,9 +120,12 @@ class TERVIK_API isoline_analysis_base {
   explicit isoline_analysis_base(contourBuilder* builder) : builder_(builder) {}
   virtual ~isoline_analysis_base();
 
-  // Contours `grid` (nx columns by ny rows, row-major) at `count` levels. Grid point
-  // (column i, row j), counted from 0, lies at map position (x0 + i*dx, y0 + j*dy). Values
-  // equal to `undef` are missing. Returns true when the builder ends up with a layer.
+  // Contours `grid` (nx columns by ny rows, row-major) at `count` levels, in list order.
+  // Grid point (column i, row j), counted from 0, lies at map position (x0 + i*dx,
+  // y0 + j*dy); points and labels reach the builder in those map units. Values equal to
+  // `undef` (exact comparison) are missing and never crossed. Returns true when the
+  // builder ends up with a layer (so false for a fresh builder and a grid without lines),
+  // false without a grid or a builder. A negative count is an empty list.
   virtual bool create_isoline(double* grid, int nx, int ny, double x0, double y0, double dx,
                               double dy, const double* levels, int count, double undef) = 0;
   virtual bool create_isoline(double* grid, int nx, int ny, double x0, double y0, double dx,
@@ -136,7 +139,9 @@ class TERVIK_API isoline_analysis_base {
 // The contour tracer: marks the cell sides each level crosses, walks lines through the
 // cells (closing rings, ending at the border and at missing data, resolving saddle cells by
 // the shorter pairing), optionally smooths them with a cubic Hermite spline, and hands
-// points and labels to the builder in map coordinates.
+// points and labels to the builder in map coordinates. A line is labelled with its level
+// ("%d" for whole levels, else "%.1f") at its first point when it is at least 0.1 map
+// units long, and again after every 40 map units of line.
 class TERVIK_API isoline_analysis_gx : public isoline_analysis_base {
  public:
   explicit isoline_analysis_gx(contourBuilder* builder);
@@ -147,6 +152,12 @@ class TERVIK_API isoline_analysis_gx : public isoline_analysis_base {
   // Spline smoothing of traced lines; on after construction.
   void enable_spline(bool on);
 
+  // Also missing: values that are NaN or infinite. Grids with fewer than two columns or
+  // rows have no lines. A level whose work storage cannot be allocated is skipped with
+  // "Error in GXCLEV: Unable to allocate storage \n" on standard output; a spline longer
+  // than the line buffer prints "spline fit yields too many points.\n" on standard error
+  // and enlarges the buffer. The tracer keeps its buffers (they only grow) and the grid
+  // pointer and levels of the last call.
   bool create_isoline(double* grid, int nx, int ny, double x0, double y0, double dx, double dy,
                       const double* levels, int count, double undef) override;
   bool create_isoline(double* grid, int nx, int ny, double x0, double y0, double dx, double dy,
