@@ -195,19 +195,20 @@ int band_rings::pair_side(int ci, int cj, int level, int s_in) const {
 }
 
 // The crossing of `level` on side s of the cell, placed by linear interpolation from the
-// left (horizontal sides) or bottom (vertical sides) end, as the contour tracer does, so
-// both cells of a side compute the same point.
+// left (horizontal sides) or bottom (vertical sides) end in the contour tracer's grid units
+// (grid point (1, 1) first), exactly as the tracer places it: both cells of a side compute
+// the same point, and band boundaries pass through the very points of the lines.
 void band_rings::push_crossing(int ci, int cj, int s, int level, uint8_t how) {
   const double lv = levels_[level];
   double x, y;
   if (s == 0 || s == 2) {
     const int p = s == 0 ? corner(ci, cj, 0) : corner(ci, cj, 3);
-    x = ci + (lv - grid_[p]) / (grid_[p + 1] - grid_[p]);
-    y = s == 0 ? cj : cj + 1;
+    x = (ci + 1) + (lv - grid_[p]) / (grid_[p + 1] - grid_[p]);
+    y = s == 0 ? cj + 1 : cj + 2;
   } else {
     const int p = s == 1 ? corner(ci, cj, 1) : corner(ci, cj, 0);
-    x = s == 1 ? ci + 1 : ci;
-    y = cj + (lv - grid_[p]) / (grid_[p + nx_] - grid_[p]);
+    x = s == 1 ? ci + 2 : ci + 1;
+    y = (cj + 1) + (lv - grid_[p]) / (grid_[p + nx_] - grid_[p]);
   }
   ring_.xy.push_back(x);
   ring_.xy.push_back(y);
@@ -216,8 +217,8 @@ void band_rings::push_crossing(int ci, int cj, int s, int level, uint8_t how) {
 
 void band_rings::push_corner(int ci, int cj, int q) {
   static const int dx[4] = {0, 1, 1, 0}, dy[4] = {0, 0, 1, 1};
-  ring_.xy.push_back(ci + dx[q & 3]);
-  ring_.xy.push_back(cj + dy[q & 3]);
+  ring_.xy.push_back(ci + 1 + dx[q & 3]);
+  ring_.xy.push_back(cj + 1 + dy[q & 3]);
   ring_.edge.push_back(edge_border);
 }
 
