@@ -19,13 +19,6 @@ TEST(ElementTable, NamesIncludingTheDuplicatedCodes) {
   EXPECT_EQ(ensemble_element_name(ensemble_consumed_code), nullptr);
 }
 
-TEST(ElementTable, EveryCodeHasANonEmptyName) {
-  for (int code = 0; code < ensemble_element_count; ++code) {
-    ASSERT_NE(ensemble_element_name(code), nullptr) << code;
-    EXPECT_GT(std::strlen(ensemble_element_name(code)), 0u) << code;
-  }
-}
-
 TEST(FindElement, FirstMatchExceptMslWhichTakesTheLast) {
   ensemble e;
   const std::vector<double> one{1.0};

@@ -54,15 +54,6 @@ TEST(StatisticTitle, UnterminatedTitleIsTerminatedInsideTheField) {
   EXPECT_EQ(d[127], '\0');
 }
 
-TEST(StatisticTitle, HpaCutReportsWhetherItFoundTheUnit) {
-  char with[128] = "GH 500hPa ens";
-  char without[128] = "GH 500 mb";
-  EXPECT_TRUE(tervik::detail::cut_title_after_hpa(with));
-  EXPECT_STREQ(with, "GH 500hPa");
-  EXPECT_FALSE(tervik::detail::cut_title_after_hpa(without));
-  EXPECT_STREQ(without, "GH 500 mb");
-}
-
 TEST(RankIndex, TruncatesAndStaysInsideTheValues) {
   const struct {
     int n;
