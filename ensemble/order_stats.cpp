@@ -37,7 +37,8 @@ percentile_rank rank_of_percentile(int n, double p) {
 }
 
 // (int)(p * 100) for the label, computed in double as it is (0.29 * 100 is just below 29,
-// so p = 0.29 reads 28); values beyond the range of int are held at its ends.
+// so p = 0.29 reads 28); values beyond the range of int are held at its ends and NaN reads 0,
+// since converting those to int is undefined.
 int percent_of(double p) {
   const double percent = p * 100;
   if (percent != percent) return 0;
