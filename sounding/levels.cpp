@@ -95,7 +95,7 @@ bool LFC(tag_tlogp_layer* layers, int n, double* p, double* t, double* td) {
 // Above the profile's top the environment interpolation fails, and it keeps failing for
 // every lower pressure (it needs a level at or below the target); those steps change
 // nothing, so the walk stops at the first of them with the same outputs. For the same
-// reason the parcel temperature is only computed where there is an environment to compare.
+// reason the parcel temperature is only computed where it is compared.
 bool EL(tag_tlogp_layer* layers, int n, double* p, double* t, double* td) {
   if (p == nullptr || t == nullptr || td == nullptr) return false;
   double p_lfc, t_lfc, td_lfc;
@@ -106,11 +106,16 @@ bool EL(tag_tlogp_layer* layers, int n, double* p, double* t, double* td) {
   for (double pc = p_lfc; pc > 0.0; pc -= 0.1) {
     double te, td_near;
     if (!t_at_p(layers, n, pc, false, te, td_near)) break;
-    const double tp = wet_adiabat(pc, th_se);
-    if (tp == kUndef) continue;
+    // A set latch is cleared whatever the parcel does, so its step needs no parcel. (The
+    // bisection's result is a midpoint inside [-100, 100], never the 9999.0 that would
+    // otherwise have skipped the step.)
     if (latch) {
       latch = false;
-    } else if (te < tp) {
+      continue;
+    }
+    const double tp = wet_adiabat(pc, th_se);
+    if (tp == kUndef) continue;
+    if (te < tp) {
       latch = true;
       double t_far, td_far;
       if (t_at_p(layers, n, pc, true, t_far, td_far)) {

@@ -223,7 +223,10 @@ TERVIK_API double Tc(tag_tlogp_layer* layers, int n);
 // Level of free convection: walking up the pseudo-adiabat from the LCL in 0.1 hPa steps,
 // the first pressure where the parcel is at least as warm as the environment. Writes
 // that pressure (hPa), the parcel temperature (deg C) and the dew point of the first-level
-// (far) interpolation there. Fails when LCL fails or the walk leaves the profile.
+// (far) interpolation there. Fails when LCL fails, when the walk leaves the profile or
+// reaches 0 hPa, and for a start above 1e4 hPa. Below about 6.1 hPa, E(0) exceeds the
+// pressure and t_wet_adiabat returns its bracket's warm end (99.95), so a profile that
+// reaches that high always finds an LFC (and an EL) there.
 TERVIK_API bool LFC(tag_tlogp_layer* layers, int n, double* p, double* t, double* td);
 
 // Equilibrium level: walking up the pseudo-adiabat from the LFC in 0.1 hPa steps, the
