@@ -38,9 +38,9 @@ struct tag_tlogp_station {
 // Small pure functions of moist thermodynamics and wind. Units: pressure hPa, temperature
 // and potential temperatures deg C (kelvin only inside, as t + 273.15), specific humidity
 // kg/kg, vapour pressure hPa, height m, wind m/s and degrees (from). None allocates or
-// keeps state, and none checks its arguments: pressures at or below zero give infinities
-// or NaN through the power laws and NaN is passed on. The one sentinel is 9999.0 where
-// stated.
+// keeps state, and none checks its arguments beyond the guards stated below: pressures at
+// or below zero give infinities or NaN through the power laws and NaN is passed on. The
+// one sentinel is 9999.0 where stated.
 extern "C" {
 
 // Kelvin from deg C (t + 273.15), and deg C from kelvin (T - 273.15).
