@@ -40,13 +40,16 @@ inline double wind_north(double dir, double speed) {
   return std::cos((dir - 180.0) * kRadPerDeg) * speed;
 }
 
-// CAPE (J/kg) of the pseudo-adiabat through the LFC (p_lfc, t_lfc), walked from the ground.
-double cape_from_lfc(tag_tlogp_layer* layers, int n, double p_lfc, double t_lfc);
+// CAPE (J/kg) and the maximum in-cloud updraught Wm (m/s) of the pseudo-adiabat through
+// the LFC (p_lfc, t_lfc), from one walk up from the ground; 9999.0 where undefined.
+struct AscentEnergy {
+  double cape = kUndef;
+  double wm = kUndef;
+};
+AscentEnergy ascent_from_lfc(tag_tlogp_layer* layers, int n, double p_lfc, double t_lfc);
 // CIN (J/kg, positive) of the ground parcel with its LCL (p_lcl, t_lcl) below p_lfc.
 double cin_from_levels(tag_tlogp_layer* layers, int n, double p_lcl, double t_lcl,
                        double p_lfc);
-// Maximum in-cloud updraught (m/s) above the LFC (p_lfc, t_lfc).
-double wm_from_lfc(tag_tlogp_layer* layers, int n, double p_lfc, double t_lfc);
 
 // sqrt(2 x) for the updraught speeds of CAPE and CIN; 9999.0 passes through.
 inline double twice_root(double x) { return x == kUndef ? kUndef : std::sqrt(x + x); }

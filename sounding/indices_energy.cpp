@@ -50,21 +50,43 @@ struct RunArea {
 
 namespace tervik::sounding_index {
 
-// The parcel follows the pseudo-adiabat through the LFC at every level, also below the
-// LFC, from the ground to the top of the atmosphere.
-double cape_from_lfc(tag_tlogp_layer* layers, int n, double p_lfc, double t_lfc) {
+// CAPE and Wm walk the same 2 hPa lattice from the ground on the pseudo-adiabat through
+// the LFC (also below the LFC) to the top of the atmosphere, so one walk serves both.
+// CAPE sums the runs of positive excess. Wm takes the greatest excess on the lattice (a
+// tie keeps the lower level) and the dry-adiabatic temperature through the LFC at that
+// level: the updraught that the buoyancy between the LFC and that level can drive.
+AscentEnergy ascent_from_lfc(tag_tlogp_layer* layers, int n, double p_lfc, double t_lfc) {
+  AscentEnergy out;
   const double thse = theta_se_s(p_lfc, t_lfc);
-  if (thse == kUndef) return kUndef;
+  if (thse == kUndef) return out;
   const int i0 = first_valid(layers, n);
   double pc = i0 < 0 ? 0.0 : layers[i0].p;
+  if (pc <= 0.0) {
+    out.cape = 0.0;
+    return out;
+  }
   RunArea area;
+  double dmax = 0.0, p_max = 0.0, tx = kUndef;
   while (pc > 0.0) {
     const double tp = t_wet_adiabat(pc, thse);
     double te = 0.0, tde = 0.0;
-    if (interpolate_t_at_p_near(layers, n, pc, &te, &tde) && tp != kUndef) area.add(pc, tp - te);
+    if (interpolate_t_at_p_near(layers, n, pc, &te, &tde) && tp != kUndef) {
+      const double d = tp - te;
+      area.add(pc, d);
+      if (d > 0.0 && d > dmax) {
+        dmax = d;
+        p_max = pc;
+        tx = dry_adiabat(p_lfc, t_lfc, pc);
+      }
+    }
     pc -= 2.0;
   }
-  return area.sum * kRdEnergy;
+  out.cape = area.sum * kRdEnergy;
+  if (tx != kUndef) {
+    out.wm = std::sqrt(std::log(p_lfc / p_max) * (2.0 * (t_lfc - tx) / (t_lfc + 273.15)) *
+                       kRdDensity * dmax);
+  }
+  return out;
 }
 
 // Dry adiabat of the ground parcel up to its LCL, pseudo-adiabat above, from the ground
@@ -91,34 +113,6 @@ double cin_from_levels(tag_tlogp_layer* layers, int n, double p_lcl, double t_lc
   return area.sum * kRdEnergy;
 }
 
-// The greatest parcel excess over the environment on the 2 hPa lattice from the ground,
-// and the dry-adiabatic temperature at that level, give the updraught that the buoyancy
-// between the LFC and that level can drive.
-double wm_from_lfc(tag_tlogp_layer* layers, int n, double p_lfc, double t_lfc) {
-  const double thse = theta_se_s(p_lfc, t_lfc);
-  if (thse == kUndef) return kUndef;
-  const int i0 = first_valid(layers, n);
-  double pc = i0 < 0 ? p_lfc : layers[i0].p;
-  if (pc <= 0.0) return kUndef;
-  double dmax = 0.0, p_max = 0.0, tx = kUndef;
-  while (pc > 0.0) {
-    const double tp = t_wet_adiabat(pc, thse);
-    double te = 0.0, tde = 0.0;
-    if (interpolate_t_at_p_near(layers, n, pc, &te, &tde) && tp != kUndef) {
-      const double d = tp - te;
-      if (d > 0.0 && d > dmax) {
-        dmax = d;
-        p_max = pc;
-        tx = dry_adiabat(p_lfc, t_lfc, pc);
-      }
-    }
-    pc -= 2.0;
-  }
-  if (tx == kUndef) return kUndef;
-  return std::sqrt(std::log(p_lfc / p_max) * (2.0 * (t_lfc - tx) / (t_lfc + 273.15)) *
-                   kRdDensity * dmax);
-}
-
 }  // namespace tervik::sounding_index
 
 extern "C" {
@@ -127,7 +121,7 @@ double CAPE(tag_tlogp_layer* layers, int n) {
   if (!usable_profile(layers, n)) return kUndef;
   double p_lfc = 0.0, t_lfc = 0.0, td_lfc = 0.0;
   if (!LFC(layers, n, &p_lfc, &t_lfc, &td_lfc)) return kUndef;
-  return tervik::sounding_index::cape_from_lfc(layers, n, p_lfc, t_lfc);
+  return tervik::sounding_index::ascent_from_lfc(layers, n, p_lfc, t_lfc).cape;
 }
 
 double w_cape(tag_tlogp_layer* layers, int n) {
@@ -151,7 +145,7 @@ double Wm(tag_tlogp_layer* layers, int n) {
   if (!usable_profile(layers, n)) return kUndef;
   double p_lfc = 0.0, t_lfc = 0.0, td_lfc = 0.0;
   if (!LFC(layers, n, &p_lfc, &t_lfc, &td_lfc)) return kUndef;
-  return tervik::sounding_index::wm_from_lfc(layers, n, p_lfc, t_lfc);
+  return tervik::sounding_index::ascent_from_lfc(layers, n, p_lfc, t_lfc).wm;
 }
 
 double Dm(tag_tlogp_layer* layers, int n) { return tervik::sounding_index::dm_from(Wm(layers, n)); }

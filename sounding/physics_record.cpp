@@ -83,10 +83,12 @@ void compute_tlogp_physics(const tag_tlogp_station& sounding, tag_physics_statio
   fill_levels(layers, n, lv, r);
 
   // Parcel energies from the levels found once.
-  const double cape = lv.lfc_ok ? cape_from_lfc(layers, n, lv.p_lfc, lv.t_lfc) : kUndef;
+  const AscentEnergy ascent =
+      lv.lfc_ok ? ascent_from_lfc(layers, n, lv.p_lfc, lv.t_lfc) : AscentEnergy{};
+  const double cape = ascent.cape;
   const double cin =
       lv.lcl_ok && lv.lfc_ok ? cin_from_levels(layers, n, lv.p_lcl, lv.t_lcl, lv.p_lfc) : kUndef;
-  const double wm = lv.lfc_ok ? wm_from_lfc(layers, n, lv.p_lfc, lv.t_lfc) : kUndef;
+  const double wm = ascent.wm;
   const double shear06 = Shr(layers, n, 0.0, 600.0);
   const double srh = SRH(layers, n);
 

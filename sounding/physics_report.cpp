@@ -16,9 +16,8 @@ int write_physics_station(const char* path, tag_physics_station& record) {
   for (int k = 0; k < 68; ++k) {
     std::fprintf(out, "%9s %12.4f\n", tervik_physics_table[k].key, record.index[k]);
   }
-  // The stream is deliberately left open: callers of this writer rely on the report being
-  // completed by the flush at process exit, and a reader in the same process sees only
-  // what the stream has flushed so far. The FILE stays reachable through the C library's
-  // list of open streams, so nothing is lost.
+  // The file is deliberately not closed: it is completed by the flush at process exit,
+  // and a reader in the same process sees only what the stream has flushed so far. The
+  // stream stays reachable through the C library's list of open streams.
   return 0;
 }

@@ -327,8 +327,8 @@ TERVIK_API double SWISS12(tag_tlogp_layer* layers, int n);
 // Bulk Richardson number 2 CAPE / Shr(0, 600)^2.
 TERVIK_API double BRN(tag_tlogp_layer* layers, int n);
 // Storm-relative helicity (m2/s2) of the lowest 300 height units for a storm moving at
-// 0.75 of the 400-850 hPa mean wind, 40 degrees to its right. 9999.0 when no record has a
-// height.
+// 0.75 of the 400-850 hPa mean wind, 40 degrees to its right. Records count by their
+// height and wind whatever their valid flag. 9999.0 when no record has a height.
 TERVIK_API double SRH(tag_tlogp_layer* layers, int n);
 // Energy-helicity index CAPE SRH / 1.6e6.
 TERVIK_API double EHI(tag_tlogp_layer* layers, int n);
@@ -384,7 +384,7 @@ struct tag_tervik_data5;  // the sounding record, declared in tervik/records.h
 // 5 the 0 deg C, 6 the -20 deg C and 7 the -30 deg C level; a level that was found is
 // valid with p, t, td and, where the profile gives it, z. extra holds working values:
 // 0 Shr(0, 300), 1 Shr(300, 600), 2 CT with 2 deg C of heating, 3 precipitable water (mm),
-// 4 the ground's virtual potential temperature (deg C), 5 the -40 deg C height.
+// 4 theta_v of the ground (deg C), 5 the -40 deg C height; 9999.0 where undefined.
 // Default construction gives the initial state: header 0, levels invalid with 9999.0,
 // extra 0.0, index 9999.0.
 struct tag_physics_station {
@@ -423,8 +423,9 @@ TERVIK_API void create_tlogp_physics(const tag_tervik_data5& soundings,
                                      std::vector<tag_physics_station>& out, int station);
 
 // Fills `result` from one station's profile: header[0] gets the station number, then the
-// levels, the extra values and the 68 quantities; what cannot be computed is left as it
-// was (9999.0 in a fresh record). An empty or unusable profile leaves every index 9999.0.
+// levels, the extra values and the 68 quantities; a level or index that cannot be
+// computed is left as it was (invalid, 9999.0 in a fresh record). A profile the indices
+// cannot use (see the check above them) sets the station number only.
 TERVIK_API void compute_tlogp_physics(const tag_tlogp_station& sounding,
                                       tag_physics_station& result);
 
