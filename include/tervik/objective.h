@@ -175,4 +175,26 @@ class TERVIK_API daSurfaceFit : public daBase {
                      const int* options) override;
 };
 
+// ---- Objective analysis parameters and driver ----
+
+// Settings of one objective analysis.
+struct obj_analysis_param {
+  double lon_min;     // longitude of the first grid column, degrees east
+  double lon_max;     // longitude of the last grid column
+  double lat_min;     // latitude of the first grid row, degrees north
+  double lat_max;     // latitude of the last grid row
+  double grid_step;   // grid spacing in degrees, both directions
+  int32_t method;     // 1 daCressman, 2 daBarnes, 5 daSurfaceFit, anything else daCressmanHQ
+  int32_t first_guess_model;  // 0 none, 1 "k402", 2 "polarnav", 3 "kiwan", 4 "ORCA_QRT"
+  bool enhance_extrema;       // extremum enhancement of daCressmanHQ
+};
+
+// Text form: the five doubles, method, first_guess_model and an integer that sets
+// enhance_extrema exactly when it is 1, separated by white space. On a read failure the
+// stream fails and `p` keeps its old values.
+TERVIK_API std::ifstream& operator>>(std::ifstream& in, obj_analysis_param& p);
+// Writes the eight items in that order, one blank between them, no line end, with the
+// stream's current formatting (six significant digits by default).
+TERVIK_API std::ofstream& operator<<(std::ofstream& out, const obj_analysis_param& p);
+
 #endif
