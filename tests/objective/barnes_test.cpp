@@ -78,7 +78,9 @@ std::vector<double> reference_barnes(const Domain& d, const Stations& s) {
 }
 
 TEST(Barnes, StationSumsEqualThePlainLoopOverAllStations) {
-  const Domain domains[] = {{36, 24, 90.0, 125.0, 20.0, 43.0}, {25, 19, 170.0, 194.0, -60.0, -42.0}};
+  // Mid-latitudes, across the date line, and a polar cap around the whole parallel.
+  const Domain domains[] = {{36, 24, 90.0, 125.0, 20.0, 43.0}, {25, 19, 170.0, 194.0, -60.0, -42.0},
+                            {37, 16, 0.0, 360.0, 60.0, 90.0}};
   for (const Domain& d : domains) {
     Stations s = random_stations(d, 250, 5, [](double x, double y) { return 30 * std::sin(x / 7) + y; });
     // Stations on grid points (the first-pass and correction-pass stops), on the domain's
