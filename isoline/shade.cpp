@@ -3,13 +3,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <new>
 #include <vector>
 
 #include <tervik/isoline.h>
 
+#include "isoline/contour_detail.h"
 #include "isoline/shade_rings.h"
-#include "isoline/shade_spline.h"
 
 namespace {
 
@@ -20,10 +21,15 @@ using tervik::detail::shade_ring;
 // Turns walked rings (grid units) into builder calls (map units).
 class ring_emitter {
  public:
-  ring_emitter(contourBuilder* builder, double x0, double y0, double dx, double dy, bool spline)
-      : builder_(builder), x0_(x0), y0_(y0), dx_(dx), dy_(dy), spline_(spline),
+  ring_emitter(contourBuilder* builder, int nx, int ny, double x0, double y0, double dx,
+               double dy, bool spline)
+      : builder_(builder), nx_(nx), ny_(ny), x0_(x0), y0_(y0), dx_(dx), dy_(dy),
+        spline_(spline),
         // the contour tracer's spline step
         step_(std::min(std::fabs(dx), std::fabs(dy)) > 0.1 ? 0.25 : 0.1) {}
+  ring_emitter(const ring_emitter&) = delete;
+  ring_emitter& operator=(const ring_emitter&) = delete;
+  ~ring_emitter() { std::free(spline_out_); }
 
   void emit(const shade_ring& ring, double level, int colour);
 
@@ -32,7 +38,10 @@ class ring_emitter {
   void smooth();
   void smooth_run(size_t from, size_t to, bool reverse);
 
+  void spline_run();
+
   contourBuilder* builder_;
+  int nx_, ny_;
   double x0_, y0_, dx_, dy_;
   bool spline_;
   double step_;
@@ -41,7 +50,21 @@ class ring_emitter {
   std::vector<double> x_, y_;
   std::vector<uint8_t> edge_;
   std::vector<double> run_, smoothed_, closed_;
+  double* spline_out_ = nullptr;  // the contour tracer's spline buffer
+  size_t spline_capacity_ = 0;
 };
+
+// Smooths run_ into smoothed_ with the contour tracer's spline; a run it leaves as it is
+// (too short) is copied.
+void ring_emitter::spline_run() {
+  const size_t used = tervik::detail::spline_line(run_.data(), run_.size() / 2, step_, nx_, ny_,
+                                                  spline_out_, spline_capacity_);
+  if (used == 0) {
+    smoothed_ = run_;
+  } else {
+    smoothed_.assign(spline_out_, spline_out_ + used);
+  }
+}
 
 // Drops the repeated point at the end of a chord of no length (a crossing that falls on a
 // grid point), keeping the first of the pair so that the two bands along a piece of a level
@@ -89,7 +112,7 @@ void ring_emitter::smooth_run(size_t from, size_t to, bool reverse) {
       std::swap(run_[2 * a + 1], run_[2 * b + 1]);
     }
   }
-  tervik::detail::hermite_smooth(run_.data(), n, false, step_, smoothed_);
+  spline_run();
   if (reverse) {
     const size_t m = smoothed_.size() / 2;
     for (size_t a = 0, b = m - 1; a < b; ++a, --b) {
@@ -121,7 +144,7 @@ void ring_emitter::smooth() {
       run_.push_back(x_[i]);
       run_.push_back(y_[i]);
     }
-    tervik::detail::hermite_smooth(run_.data(), static_cast<int>(n + 1), true, step_, smoothed_);
+    spline_run();
     const size_t m = smoothed_.size() / 2;
     for (size_t k = 0; k < m; ++k) {
       const size_t i = reverse ? (m - 1 - k) : k;
@@ -198,8 +221,9 @@ void ring_emitter::emit(const shade_ring& ring, double level, int colour) {
   builder_->newShadedLine(level, colour, area < 0 ? 1 : 0);
   for (size_t k = 0; k < m; ++k) {
     const size_t i = mirror ? m - 1 - k : k;
-    builder_->addShadedPoint(x0_ + closed_[2 * i] * dx_, y0_ + closed_[2 * i + 1] * dy_,
-                             k == 0 || k + 1 == m);
+    // the contour tracer's conversion, so that bands meet the lines point for point
+    builder_->addShadedPoint((closed_[2 * i] - 1.0) * dx_ + x0_,
+                             (closed_[2 * i + 1] - 1.0) * dy_ + y0_, k == 0 || k + 1 == m);
   }
   builder_->addShadedLine();
 }
@@ -247,7 +271,7 @@ bool isoline_shade::shade(const double* grid, int nx, int ny, double x0, double 
     if (!rings.prepare(grid, nx, ny, undef, sorted.data(), m)) return false;
     if (!rings.any_defined_cell()) return false;
 
-    ring_emitter emitter(builder_, x0, y0, dx, dy, spline_);
+    ring_emitter emitter(builder_, nx, ny, x0, y0, dx, dy, spline_);
     for (int b = 0; b <= m; ++b) {
       if (b == 0 && !(open_bands & 1)) continue;
       if (b == m && !(open_bands & 2)) continue;

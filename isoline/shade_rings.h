@@ -2,8 +2,8 @@
 #define TERVIK_ISOLINE_SHADE_RINGS_H
 
 // The ring walker behind the filled-contour tracer: finds, band by band, the closed rings
-// that bound the part of a grid lying in a band. Coordinates are grid units counted from 0
-// (point (i, j) at x = i, y = j).
+// that bound the part of a grid lying in a band. Coordinates are the contour tracer's grid
+// units: the point of column i and row j, counted from 0, lies at (i + 1, j + 1).
 
 #include <cstdint>
 #include <functional>

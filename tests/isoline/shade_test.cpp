@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <tervik/isoline.h>
@@ -250,6 +252,37 @@ TEST(FilledContours, PointsLieInTheBandOfTheirBilinearValue) {
     }
     EXPECT_GT(checked, 100) << c.name;
   }
+}
+
+// Without smoothing, every point of every contour line is a corner of the bands, to the
+// bit: the bands are drawn through the same side crossings in the same map arithmetic.
+TEST(FilledContours, BandsMeetTheLinesPointForPoint) {
+  const Field f = noisy_field(25, 20, 5);
+  const std::vector<double> levels = {0.2, 0.5, 0.8};
+  const std::vector<int> colours = iota_colours(levels.size());
+  const double x0 = 70.3, y0 = 55.1, dx = 0.37, dy = -0.29;
+  isolineContourBuilder lines;
+  isoline_analysis_gx tracer(&lines);
+  tracer.enable_spline(false);
+  std::vector<double> grid = f.v;
+  ASSERT_TRUE(tracer.create_isoline(grid.data(), f.nx, f.ny, x0, y0, dx, dy, levels, kUndef));
+  RingRecorder rec;
+  isoline_shade shader(&rec);
+  shader.enable_spline(false);
+  ASSERT_TRUE(shader.create_isoshade(f.v.data(), f.nx, f.ny, x0, y0, dx, dy, levels.data(),
+                                     colours.data(), 3, kUndef, 3));
+  std::set<std::pair<double, double>> corners;
+  for (const Ring& r : rec.rings)
+    for (size_t k = 0; k < r.x.size(); ++k) corners.insert({r.x[k], r.y[k]});
+  size_t points = 0;
+  for (const tag_isoline& line : lines.getLayer()->lines) {
+    for (const tag_isoline_point& p : line.points) {
+      EXPECT_TRUE(corners.count({p.x, p.y})) << line.level << " at " << p.x << "," << p.y;
+      ++points;
+    }
+  }
+  EXPECT_GT(points, 100u);
+  lines.releaseContour();
 }
 
 // A saddle cell: the high corners (0,0) and (1,1) are joined across the cell when the
