@@ -28,6 +28,11 @@ class MallocArray {
     p_ = static_cast<T*>(std::malloc(sizeof(T) * (n ? n : 1)));
     return p_ != nullptr;
   }
+  // Takes ownership of a malloc()ed array, releasing the one held.
+  void reset(T* p) {
+    std::free(p_);
+    p_ = p;
+  }
   T* get() const { return p_; }
   T* release() {
     T* p = p_;

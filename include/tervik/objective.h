@@ -23,8 +23,9 @@
 // columns lie back to back in the buffer, station_count doubles each; a code outside 1..6
 // means "no column here" and takes no storage. Grid input: two codes for up to two grids of
 // nx*ny doubles stored back to back in grid_buffer (grid k at grid_buffer + k*nx*ny); the
-// grid coded 11 becomes the first guess (the second one when both are), and when neither
-// code is 11 the first guess of the previous call is kept. Columns and grids are borrowed:
+// grid coded 11 becomes the first guess (the second one when both are; none when
+// grid_buffer is null), and when neither code is 11 the first guess of the previous call is
+// kept. The columns of a previous call likewise stay bound when a call does not name them. Columns and grids are borrowed:
 // the scheme keeps the pointers after the call and never frees them.
 //
 // assimilate returns a malloc()ed grid of nx*ny values that the caller frees, or null after
@@ -196,5 +197,28 @@ TERVIK_API std::ifstream& operator>>(std::ifstream& in, obj_analysis_param& p);
 // Writes the eight items in that order, one blank between them, no line end, with the
 // stream's current formatting (six significant digits by default).
 TERVIK_API std::ofstream& operator<<(std::ofstream& out, const obj_analysis_param& p);
+
+// Analyses the stations whose value is not tervik_data3::undef onto the grid of `param`
+// (nx = trunc((lon_max - lon_min)/grid_step) + 1, ny likewise) and contours the result.
+// `level` is the level in hPa; `data_kind` 0 (pressure) and 1 (height) carry wind in each
+// station's code (speed*10000 + direction); 0, 1 and 2 (temperature) can take a model first
+// guess. The first-guess file is found from `file_name`, whose station file name must follow
+// its last backslash and which must contain "data"; a first guess that cannot be found or
+// read is skipped. Prints "It takes N milliseconds." on standard output. When
+// iso_param.area_set is false, the area is set to the analysis grid and regular levels
+// (start and end on multiples of the truncated level_interval) are derived from the station
+// values. grid_out receives the grid, layer_out its isolines.
+//
+// Returns true when isolines were produced. False, with a message on standard error, for a
+// grid step that is not positive or leaves fewer than 2 columns or rows, no valid station
+// or a failed analysis (grid_out and layer_out are then untouched), and when contouring the
+// grid fails (grid_out then holds the grid, layer_out is untouched). Values that are not
+// finite count as missing; stations without wind (data_kind 2 and above) get undef winds.
+// An interval below 1 puts the derived levels on whole numbers, and one that is not positive
+// is replaced by 1; a derived start above the derived end is exchanged with it.
+TERVIK_API bool do_objective_analysis(const char* file_name, const tervik_data3& stations, int level,
+                                      int data_kind, const obj_analysis_param& param,
+                                      isoline_analysis_param& iso_param, tervik_data4& grid_out,
+                                      tag_isoline_layer& layer_out);
 
 #endif
