@@ -25,8 +25,9 @@
 // nx*ny doubles stored back to back in grid_buffer (grid k at grid_buffer + k*nx*ny); the
 // grid coded 11 becomes the first guess (the second one when both are; none when
 // grid_buffer is null), and when neither code is 11 the first guess of the previous call is
-// kept. The columns of a previous call likewise stay bound when a call does not name them. Columns and grids are borrowed:
-// the scheme keeps the pointers after the call and never frees them.
+// kept. The columns of a previous call likewise stay bound when a call does not name them.
+// Columns and grids are borrowed: the scheme keeps the pointers after the call and never
+// frees them, so a caller that reuses a scheme keeps those buffers alive or names them anew.
 //
 // assimilate returns a malloc()ed grid of nx*ny values that the caller frees, or null after
 // printing the reason on standard error. Every scheme fails, with a message, when nx or ny is
