@@ -67,20 +67,26 @@ bool band_rings::prepare(const double* grid, int nx, int ny, double undef,
       }
     }
 
-    // The two cells of a side (either may be absent) and its two end points.
-    auto side_cells = [&](int sid, int& a, int& b, long& p, long& q) {
-      if (sid < hsides_) {
-        const int j = sid / ncx_, i = sid % ncx_;
-        a = j > 0 && defined_[static_cast<size_t>(j - 1) * ncx_ + i];
-        b = j < ncy_ && defined_[static_cast<size_t>(j) * ncx_ + i];
-        p = static_cast<long>(j) * nx + i;
-        q = p + 1;
-      } else {
-        const int r = sid - hsides_, j = r / nx, i = r % nx;
-        a = i > 0 && defined_[static_cast<size_t>(j) * ncx_ + i - 1];
-        b = i < ncx_ && defined_[static_cast<size_t>(j) * ncx_ + i];
-        p = static_cast<long>(j) * nx + i;
-        q = p + nx;
+    // Visits every side next to a defined cell, in side order, with its id, its two end
+    // points and whether it is a border side (a defined cell on one side only).
+    auto for_each_side = [&](auto&& visit) {
+      for (int j = 0; j < ny; ++j) {
+        for (int i = 0; i < ncx_; ++i) {
+          const bool a = j > 0 && defined_[static_cast<size_t>(j - 1) * ncx_ + i];
+          const bool b = j < ncy_ && defined_[static_cast<size_t>(j) * ncx_ + i];
+          if (!a && !b) continue;
+          const long p = static_cast<long>(j) * nx + i;
+          visit(j * ncx_ + i, p, p + 1, a != b);
+        }
+      }
+      for (int j = 0; j < ncy_; ++j) {
+        for (int i = 0; i < nx; ++i) {
+          const bool a = i > 0 && defined_[static_cast<size_t>(j) * ncx_ + i - 1];
+          const bool b = i < ncx_ && defined_[static_cast<size_t>(j) * ncx_ + i];
+          if (!a && !b) continue;
+          const long p = static_cast<long>(j) * nx + i;
+          visit(hsides_ + j * nx + i, p, p + nx, a != b);
+        }
       }
     };
 
@@ -89,21 +95,17 @@ bool band_rings::prepare(const double* grid, int nx, int ny, double undef,
     std::vector<int32_t> diff(static_cast<size_t>(count) + 1, 0);
     border_at_.assign(static_cast<size_t>(count) + 2, 0);
     long total = 0;
-    for (int sid = 0; sid < nsides_; ++sid) {
-      int a, b;
-      long p, q;
-      side_cells(sid, a, b, p, q);
-      if (!a && !b) continue;
+    for_each_side([&](int, long p, long q, bool border) {
       const int lo = std::min(band_[p], band_[q]), hi = std::max(band_[p], band_[q]);
       if (lo < hi) {
         ++diff[lo];
         --diff[hi];
         total += hi - lo;
-        if (total > kMaxCrossings) return false;
-      } else if (a != b) {
+      } else if (border) {
         ++border_at_[lo + 1];
       }
-    }
+    });
+    if (total > kMaxCrossings) return false;
     cross_at_.assign(static_cast<size_t>(count) + 1, 0);
     int32_t running = 0;
     for (int k = 0; k < count; ++k) {
@@ -115,15 +117,11 @@ bool band_rings::prepare(const double* grid, int nx, int ny, double undef,
     border_.resize(static_cast<size_t>(border_at_[count + 1]));
     std::vector<int32_t> cross_fill(cross_at_.begin(), cross_at_.end() - 1);
     std::vector<int32_t> border_fill(border_at_.begin(), border_at_.end() - 1);
-    for (int sid = 0; sid < nsides_; ++sid) {
-      int a, b;
-      long p, q;
-      side_cells(sid, a, b, p, q);
-      if (!a && !b) continue;
+    for_each_side([&](int sid, long p, long q, bool border) {
       const int lo = std::min(band_[p], band_[q]), hi = std::max(band_[p], band_[q]);
       for (int k = lo; k < hi; ++k) cross_[cross_fill[k]++] = sid;
-      if (lo == hi && a != b) border_[border_fill[lo]++] = sid;
-    }
+      if (lo == hi && border) border_[border_fill[lo]++] = sid;
+    });
     marks_.assign(static_cast<size_t>(nsides_), 0);
   } catch (const std::bad_alloc&) {
     return false;

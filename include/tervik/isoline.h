@@ -294,14 +294,15 @@ TERVIK_API void find_isoline_values(double min, double max, double* start, doubl
 // isolineContourBuilder. On success `out` is replaced by the lines and polygons built and
 // the result is true.
 //
-// Fails, returning false with `out` untouched: a level count of 0 or less (an interval that
-// is zero, NaN, of the wrong sign or leaves more than 10 000 000 levels counts as none),
-// failed level memory (silently), and "Isoline analysis fails.\n" on standard error when the
-// area reaches outside the grid, the record has no values or nothing was contoured. An area
-// whose size formula gives no rows or columns (for instance a south-to-north step on a
-// north-to-south grid) contours nothing and so fails the same way. Missing values are those
-// equal to tervik_data4::undef. Failed shading prints "Shaded isoline analysis fails.\n"
-// and leaves the result true.
+// Fails, returning false with `out` untouched: silently for a level count of 0 or less (an
+// interval that is zero or NaN, or would give more than 10 000 000 levels, counts as none)
+// and for failed level memory; with "Isoline analysis fails.\n" on standard error when the
+// area reaches outside the grid, the record has no values or nothing was contoured (no
+// isoline crosses the grid). An area whose size formula gives no rows or columns (such as a
+// cut-out with a negative lat_step, which gives at most one row) contours nothing and so
+// fails the same way. Smoothing choices other than 1, 2 and 3 smooth nothing. Missing values
+// are those equal to tervik_data4::undef; smoothing spreads them like any value. Failed
+// shading prints "Shaded isoline analysis fails.\n" and leaves the result true.
 TERVIK_API bool do_isoline_analysis(const tervik_data4& grid, tag_isoline_layer& out,
                                     const isoline_analysis_param& param);
 
