@@ -12,6 +12,8 @@ using Args = std::vector<std::string>;
 // process exit status: 0 on success, 1 on a failure, 2 on a usage error.
 int cmd_contour(const Args& args);
 int cmd_stream(const Args& args);
+int cmd_objan(const Args& args);
+int cmd_diag(const Args& args);
 int cmd_demo(const Args& args);
 
 // Options shared by the subcommands.
@@ -22,6 +24,9 @@ extern Common common;
 
 // Prints "tervik: <message>" on standard error and returns 1.
 int fail(const std::string& message);
+
+// False, with a message, when `path` names one of the `inputs`: outputs never replace inputs.
+bool output_allowed(const std::string& path, const Args& inputs);
 
 // Writes `text` to `path` through a temporary file, refusing to overwrite any of `inputs`.
 bool write_output(const std::string& path, const std::string& text, const Args& inputs);

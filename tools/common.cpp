@@ -14,7 +14,7 @@ int fail(const std::string& message) {
   return 1;
 }
 
-bool write_output(const std::string& path, const std::string& text, const Args& inputs) {
+bool output_allowed(const std::string& path, const Args& inputs) {
   namespace fs = std::filesystem;
   std::error_code ec;
   for (const std::string& in : inputs) {
@@ -23,6 +23,11 @@ bool write_output(const std::string& path, const std::string& text, const Args& 
       return false;
     }
   }
+  return true;
+}
+
+bool write_output(const std::string& path, const std::string& text, const Args& inputs) {
+  if (!output_allowed(path, inputs)) return false;
   if (!tervik::detail::write_file_atomically(path.c_str(), text)) {
     fail(path + ": cannot write");
     return false;

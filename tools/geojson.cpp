@@ -105,6 +105,18 @@ void GeoJson::add_streamlines(const tagSTREAMLINE_LAYER& layer) {
   }
 }
 
+void GeoJson::add_stations(const tervik_data3& stations) {
+  for (const station_entry& s : stations.stations) {
+    if (s.value == tervik_data3::undef) continue;
+    begin_feature();
+    features_ += "\"properties\":{\"kind\":\"station\",\"id\":" + std::to_string(s.id) + ",\"value\":";
+    append_json_number(features_, s.value);
+    features_ += "},\"geometry\":{\"type\":\"Point\",\"coordinates\":";
+    append_position(features_, s.lon, s.lat);
+    features_ += "}}";
+  }
+}
+
 std::string GeoJson::text() const {
   return "{\"type\":\"FeatureCollection\",\"features\":[\n" + features_ + "\n]}\n";
 }

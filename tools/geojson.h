@@ -21,6 +21,9 @@ class GeoJson {
   // head (pointing downstream).
   void add_streamlines(const tagSTREAMLINE_LAYER& layer);
 
+  // Every station with a value as a Point with its number and value.
+  void add_stations(const tervik_data3& stations);
+
   std::string text() const;
   size_t feature_count() const { return count_; }
 

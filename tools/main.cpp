@@ -18,6 +18,13 @@ commands:
                      isolines with labels of a grid file
   stream U_GRID V_GRID [-o OUT.geojson] [--svg OUT.svg] [--density 1-4]
                      streamlines with arrows of a wind field
+  objan STATIONS.csv [--method cressman|cressman-hq|barnes|surface-fit]
+        [--box LON0,LON1,LAT0,LAT1] [--step DEG] [--first-guess GRID] [--interval X]
+        [-o OUT.grid] [--geojson OUT.geojson] [--svg OUT.svg]
+                     objective analysis of station observations, then isolines
+  diag NAME INPUT... -o OUT.grid [--svg OUT.svg] [--OPTION VALUE...]
+                     a grid diagnostic (vor, div, adv, rh, theta, ...); 'tervik diag'
+                     lists them with their inputs and options
   demo [DIR]         run every product on the sample data in data/ and write the
                      results and pictures to DIR (default tervik-demo/)
 
@@ -37,6 +44,8 @@ struct Command {
 const Command kCommands[] = {
     {"contour", tervik::cli::cmd_contour},
     {"stream", tervik::cli::cmd_stream},
+    {"objan", tervik::cli::cmd_objan},
+    {"diag", tervik::cli::cmd_diag},
     {"demo", tervik::cli::cmd_demo},
 };
 

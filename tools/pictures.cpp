@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace tervik::cli {
 
@@ -29,6 +30,16 @@ void draw_isolines(Svg& svg, const tag_isoline_layer& layer) {
       if (angle > 90 && angle < 270) angle -= 180;
       svg.text(label.x, label.y, label.text, 10, "#000", angle);
     }
+  }
+}
+
+void draw_stations(Svg& svg, const tervik_data3& stations) {
+  char text[32];
+  for (const station_entry& s : stations.stations) {
+    if (s.value == tervik_data3::undef) continue;
+    svg.circle(s.lon, s.lat, 1.8, "#b03a2e");
+    std::snprintf(text, sizeof text, "%.0f", s.value);
+    svg.text(s.lon, s.lat, text, 6.5, "#b03a2e", 0, "start");
   }
 }
 

@@ -17,6 +17,9 @@ Svg map_canvas(const tervik_data4& grid);
 // Isolines in dark grey with their labels (the text along the line, on a white halo).
 void draw_isolines(Svg& svg, const tag_isoline_layer& layer);
 
+// Station positions as dots with their values.
+void draw_stations(Svg& svg, const tervik_data3& stations);
+
 // Streamlines in blue with an arrowhead at each arrow mark.
 void draw_streamlines(Svg& svg, const tagSTREAMLINE_LAYER& layer);
 
