@@ -25,6 +25,9 @@ commands:
   diag NAME INPUT... -o OUT.grid [--svg OUT.svg] [--OPTION VALUE...]
                      a grid diagnostic (vor, div, adv, rh, theta, ...); 'tervik diag'
                      lists them with their inputs and options
+  ensemble STAT [--element NAME] [--p FRACTION] -o OUT.grid [--svg OUT.svg] MEMBER...
+                     an ensemble statistic (mean, var, min, max, median, percentile,
+                     wind-mean, ..., isotach, rh); 'tervik ensemble' lists them
   demo [DIR]         run every product on the sample data in data/ and write the
                      results and pictures to DIR (default tervik-demo/)
 
@@ -46,6 +49,7 @@ const Command kCommands[] = {
     {"stream", tervik::cli::cmd_stream},
     {"objan", tervik::cli::cmd_objan},
     {"diag", tervik::cli::cmd_diag},
+    {"ensemble", tervik::cli::cmd_ensemble},
     {"demo", tervik::cli::cmd_demo},
 };
 
