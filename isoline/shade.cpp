@@ -49,7 +49,7 @@ class ring_emitter {
   // was reached (edge_[0]: by the step that closes the ring).
   std::vector<double> x_, y_;
   std::vector<uint8_t> edge_;
-  std::vector<double> run_, smoothed_, closed_;
+  std::vector<double> run_, smoothed_, closed_, map_;
   double* spline_out_ = nullptr;  // the contour tracer's spline buffer
   size_t spline_capacity_ = 0;
 };
@@ -210,21 +210,23 @@ void ring_emitter::emit(const shade_ring& ring, double level, int colour) {
     ++kept;
   }
   closed_.resize(2 * kept);
-  // Orientation tells outer rings from holes.
-  const double area = twice_area(closed_);
-  if (area == 0) return;  // the band pinched to a line or a point
-
-  // Map coordinates; a mirrored map (dx and dy of opposite signs) turns the ring round so
-  // that outer rings stay counter-clockwise.
+  // Map coordinates, in the contour tracer's conversion so that bands meet the lines point
+  // for point; a mirrored map (dx and dy of opposite signs) turns the ring round so that
+  // outer rings stay counter-clockwise.
   const bool mirror = (dx_ < 0) != (dy_ < 0);
   const size_t m = closed_.size() / 2;
-  builder_->newShadedLine(level, colour, area < 0 ? 1 : 0);
+  map_.resize(closed_.size());
   for (size_t k = 0; k < m; ++k) {
     const size_t i = mirror ? m - 1 - k : k;
-    // the contour tracer's conversion, so that bands meet the lines point for point
-    builder_->addShadedPoint((closed_[2 * i] - 1.0) * dx_ + x0_,
-                             (closed_[2 * i + 1] - 1.0) * dy_ + y0_, k == 0 || k + 1 == m);
+    map_[2 * k] = (closed_[2 * i] - 1.0) * dx_ + x0_;
+    map_[2 * k + 1] = (closed_[2 * i + 1] - 1.0) * dy_ + y0_;
   }
+  // Orientation, as delivered, tells outer rings from holes.
+  const double area = twice_area(map_);
+  if (area == 0 || std::isnan(area)) return;  // the band pinched to a line or a point
+  builder_->newShadedLine(level, colour, area < 0 ? 1 : 0);
+  for (size_t k = 0; k < m; ++k)
+    builder_->addShadedPoint(map_[2 * k], map_[2 * k + 1], k == 0 || k + 1 == m);
   builder_->addShadedLine();
 }
 
