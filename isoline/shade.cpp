@@ -165,10 +165,10 @@ void ring_emitter::smooth() {
       ++k;
       continue;
     }
+    // A run of chords ends before the next border step; the start is reached by one, so a
+    // run never wraps past it.
     size_t end = k + 1;
-    while ((end + 1) % n != start % n && edge_[(end + 1) % n] != edge_border) ++end;
-    // Stop at the ring's start: it is reached along the border, so a run never wraps past it.
-    if (end > start + n) end = start + n;
+    while (edge_[(end + 1) % n] != edge_border) ++end;
     smooth_run(k, end, edge_[next] != edge_lower);
     closed_.insert(closed_.end(), smoothed_.begin() + 2, smoothed_.end());
     k = end;
