@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "platform/numerics.h"
+#include "support/paths.h"
 
 namespace {
 
@@ -268,6 +270,36 @@ TEST(IsolineAnalysis, MillionsOfListedLevels) {
   ASSERT_TRUE(do_isoline_analysis(g, out, p));
   EXPECT_EQ(levels_of(out).size(), 21u);  // 1..21
   EXPECT_NEAR(shaded_area(out), 900, 1e-9 * 900);
+}
+
+// 500 hPa heights of a GFS analysis (rows north to south): the levels proposed for the
+// field, smoothed and splined lines and bands over the whole grid.
+TEST(IsolineAnalysis, RealHeightsOf500hPa) {
+  TERVIK_REQUIRE_SHARED_DATA(path, "grids/derived_text/GFS_test_hgt_500hPa.txt");
+  std::ifstream in(path);
+  std::string line, key;
+  std::getline(in, line);
+  std::getline(in, line);
+  int nx = 0, ny = 0;
+  double lon0 = 0, dlon = 0, lat0 = 0, dlat = 0;
+  in >> key >> nx >> key >> ny >> key >> lon0 >> key >> dlon >> key >> lat0 >> key >> dlat;
+  std::vector<double> v(static_cast<size_t>(nx) * ny);
+  for (double& x : v) in >> x;
+  ASSERT_TRUE(in && nx == 101 && ny == 46);
+  const tervik_data4 g =
+      make_grid(nx, ny, lon0, lat0, dlon, dlat, [&](int i, int j) { return v[j * nx + i]; });
+  double start, interval, end;
+  find_isoline_values(*std::min_element(v.begin(), v.end()), *std::max_element(v.begin(), v.end()),
+                      &start, &interval, &end);
+  isoline_analysis_param p = levels_over(g, start, interval, end);
+  p.shade = p.spline = p.shade_spline = true;
+  p.smoothing = 3;
+  tag_isoline_layer out{};
+  ASSERT_TRUE(do_isoline_analysis(g, out, p));
+  for (const tag_isoline& l : out.lines)
+    EXPECT_NEAR(std::remainder(l.level - start, interval), 0, 1e-6);
+  EXPECT_GE(levels_of(out).size(), 8u);
+  EXPECT_NEAR(shaded_area(out), 100 * 45, 1e-9 * 4500);
 }
 
 }  // namespace
