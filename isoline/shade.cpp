@@ -256,6 +256,10 @@ bool isoline_shade::shade(const double* grid, int nx, int ny, double x0, double 
                           double dy, const double* levels, const int* colours, int count,
                           double undef, int open_bands, bool colour_from_upper_edge) {
   if (!builder_ || !grid || !levels || !colours || count < 1 || nx < 2 || ny < 2) return false;
+  // A map position that is not finite, or a step of zero, leaves no area to fill.
+  if (!std::isfinite(x0) || !std::isfinite(y0) || !std::isfinite(dx) || !std::isfinite(dy) ||
+      dx == 0 || dy == 0)
+    return false;
   try {
     // Levels ascending with their colours; a stable sort keeps equal levels in list order.
     std::vector<int> order;

@@ -226,7 +226,8 @@ class TERVIK_API isoline_shade {
 
   // Builds the bands of `count` levels with their colours (see above). Returns false, with
   // nothing or only part of the rings delivered, when an argument is unusable (null
-  // pointers, nx or ny below 2, more than 2^29 grid points, no level that is not NaN), when
+  // pointers, nx or ny below 2, more than 2^29 grid points, x0, y0, dx or dy not finite, dx
+  // or dy zero, no level that is not NaN), when
   // no cell has four defined corners, when the bands would need more than 2^26 side
   // crossings, or when memory runs out (or, as a guard, a ring fails to close); true
   // otherwise.

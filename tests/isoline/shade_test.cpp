@@ -307,6 +307,14 @@ TEST(FilledContours, UnusableInputFailsWithoutOutput) {
   isoline_shade no_builder(nullptr);
   EXPECT_FALSE(
       no_builder.create_isoshade(f.data(), 3, 2, 0, 0, 1, 1, levels, colours, 2, kUndef, 3));
+  const double geometry[][4] = {{NAN, 0, 1, 1}, {0, INFINITY, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, NAN}};
+  for (const auto& m : geometry) {
+    RingRecorder rec;
+    isoline_shade shader(&rec);
+    EXPECT_FALSE(shader.create_isoshade(f.data(), 3, 2, m[0], m[1], m[2], m[3], levels, colours, 2,
+                                        kUndef, 3));
+    EXPECT_TRUE(rec.rings.empty());
+  }
 }
 
 }  // namespace
