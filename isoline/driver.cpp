@@ -1,5 +1,6 @@
 // The one-call isoline analysis of a grid record.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -41,10 +42,10 @@ int smoothing_kernel(int smoothing, double* w) {
       w[0] = w[1] = w[2] = 1.0 / 5;
       return 2;
     case 3: {  // Gaussian, cut where it has fallen to a hundredth of its peak
-      const double sigma = 1.4;
+      const double sigma = 1.4, pi = 3.14159265358979323846;
       const int r = 1 - static_cast<int>(std::trunc(-3 * sigma));
       for (int k = 0; k <= r; ++k)
-        w[k] = std::exp(-k * k / (2 * sigma * sigma)) / (std::sqrt(2 * M_PI) * sigma);
+        w[k] = std::exp(-k * k / (2 * sigma * sigma)) / (std::sqrt(2 * pi) * sigma);
       return r;
     }
     default:

@@ -49,7 +49,7 @@ class ring_emitter {
   // was reached (edge_[0]: by the step that closes the ring).
   std::vector<double> x_, y_;
   std::vector<uint8_t> edge_;
-  std::vector<double> run_, smoothed_, closed_;
+  std::vector<double> run_, smoothed_, closed_, map_;
   double* spline_out_ = nullptr;  // the contour tracer's spline buffer
   size_t spline_capacity_ = 0;
 };
@@ -165,10 +165,10 @@ void ring_emitter::smooth() {
       ++k;
       continue;
     }
+    // A run of chords ends before the next border step; the start is reached by one, so a
+    // run never wraps past it.
     size_t end = k + 1;
-    while ((end + 1) % n != start % n && edge_[(end + 1) % n] != edge_border) ++end;
-    // Stop at the ring's start: it is reached along the border, so a run never wraps past it.
-    if (end > start + n) end = start + n;
+    while (edge_[(end + 1) % n] != edge_border) ++end;
     smooth_run(k, end, edge_[next] != edge_lower);
     closed_.insert(closed_.end(), smoothed_.begin() + 2, smoothed_.end());
     k = end;
@@ -210,21 +210,23 @@ void ring_emitter::emit(const shade_ring& ring, double level, int colour) {
     ++kept;
   }
   closed_.resize(2 * kept);
-  // Orientation tells outer rings from holes.
-  const double area = twice_area(closed_);
-  if (area == 0) return;  // the band pinched to a line or a point
-
-  // Map coordinates; a mirrored map (dx and dy of opposite signs) turns the ring round so
-  // that outer rings stay counter-clockwise.
+  // Map coordinates, in the contour tracer's conversion so that bands meet the lines point
+  // for point; a mirrored map (dx and dy of opposite signs) turns the ring round so that
+  // outer rings stay counter-clockwise.
   const bool mirror = (dx_ < 0) != (dy_ < 0);
   const size_t m = closed_.size() / 2;
-  builder_->newShadedLine(level, colour, area < 0 ? 1 : 0);
+  map_.resize(closed_.size());
   for (size_t k = 0; k < m; ++k) {
     const size_t i = mirror ? m - 1 - k : k;
-    // the contour tracer's conversion, so that bands meet the lines point for point
-    builder_->addShadedPoint((closed_[2 * i] - 1.0) * dx_ + x0_,
-                             (closed_[2 * i + 1] - 1.0) * dy_ + y0_, k == 0 || k + 1 == m);
+    map_[2 * k] = (closed_[2 * i] - 1.0) * dx_ + x0_;
+    map_[2 * k + 1] = (closed_[2 * i + 1] - 1.0) * dy_ + y0_;
   }
+  // Orientation, as delivered, tells outer rings from holes.
+  const double area = twice_area(map_);
+  if (area == 0 || std::isnan(area)) return;  // the band pinched to a line or a point
+  builder_->newShadedLine(level, colour, area < 0 ? 1 : 0);
+  for (size_t k = 0; k < m; ++k)
+    builder_->addShadedPoint(map_[2 * k], map_[2 * k + 1], k == 0 || k + 1 == m);
   builder_->addShadedLine();
 }
 
@@ -254,6 +256,10 @@ bool isoline_shade::shade(const double* grid, int nx, int ny, double x0, double 
                           double dy, const double* levels, const int* colours, int count,
                           double undef, int open_bands, bool colour_from_upper_edge) {
   if (!builder_ || !grid || !levels || !colours || count < 1 || nx < 2 || ny < 2) return false;
+  // A map position that is not finite, or a step of zero, leaves no area to fill.
+  if (!std::isfinite(x0) || !std::isfinite(y0) || !std::isfinite(dx) || !std::isfinite(dy) ||
+      dx == 0 || dy == 0)
+    return false;
   try {
     // Levels ascending with their colours; a stable sort keeps equal levels in list order.
     std::vector<int> order;

@@ -198,8 +198,8 @@ class TERVIK_API isoline_analysis_gx : public isoline_analysis_base {
 // and holes clockwise in map coordinates (whatever the signs of dx and dy), so filling all
 // rings of one band together with either the even-odd or the nonzero rule gives the band.
 // Rings of a band come in no particular nesting order. Only the first and the last point of
-// a ring are passed with edge true. Without spline smoothing the signed areas of all rings
-// of all bands add up to the area of the cells with four defined corners.
+// a ring are passed with edge true. The signed areas of all rings of all bands add up to the
+// area of the cells with four defined corners (up to rounding), smoothed or not.
 //
 // Missing data: grid values equal to `undef`, NaN or infinite are missing; a cell with a
 // missing corner belongs to no band and its sides bound the bands around it.
@@ -226,9 +226,11 @@ class TERVIK_API isoline_shade {
 
   // Builds the bands of `count` levels with their colours (see above). Returns false, with
   // nothing or only part of the rings delivered, when an argument is unusable (null
-  // pointers, nx or ny below 2, more than 2^29 grid points, no level that is not NaN), when
+  // pointers, nx or ny below 2, more than 2^29 grid points, x0, y0, dx or dy not finite, dx
+  // or dy zero, no level that is not NaN), when
   // no cell has four defined corners, when the bands would need more than 2^26 side
-  // crossings, or when memory runs out; true otherwise.
+  // crossings, or when memory runs out (or, as a guard, a ring fails to close); true
+  // otherwise.
   bool create_isoshade(const double* grid, int nx, int ny, double x0, double y0, double dx,
                        double dy, const double* levels, const int* colours, int count,
                        double undef, int open_bands);
@@ -291,8 +293,10 @@ TERVIK_API void find_isoline_values(double min, double max, double* start, doubl
 // (the whole grid with the parameters' geometry when the record's geometry_override is set;
 // the whole grid when the six area values equal the record's within 0.001; else the area
 // cut out of the grid), isolines and, when param.shade is set, filled bands through an
-// isolineContourBuilder. On success `out` is replaced by the lines and polygons built and
-// the result is true.
+// isolineContourBuilder. The bands (see isoline_shade) include both open bands and give
+// level k of the level list colour k; they are built upwards (create_isoshade) when
+// level_interval is above 0 and high to low otherwise, explicit lists included. On success
+// `out` is replaced by the lines and polygons built and the result is true.
 //
 // Fails, returning false with `out` untouched: silently for a level count of 0 or less (an
 // interval that is zero or NaN, or would give more than 10 000 000 levels, counts as none)
