@@ -1,4 +1,5 @@
 // tervik diag: any grid diagnostic by name, from grid files to a grid file.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -126,6 +127,13 @@ int usage() {
   return 2;
 }
 
+// Reverses the order of the rows of an nx x ny grid in place.
+void flip_rows(double* g, int nx, int ny) {
+  for (int top = 0, bottom = ny - 1; top < bottom; ++top, --bottom)
+    std::swap_ranges(g + static_cast<size_t>(top) * nx, g + static_cast<size_t>(top + 1) * nx,
+                     g + static_cast<size_t>(bottom) * nx);
+}
+
 // Cuts the title after "hPa" (or keeps it whole) and appends `word`.
 void retitle(tervik_data4& g, const char* word) {
   char* hpa = std::strstr(g.description, "hPa");
@@ -185,9 +193,23 @@ int cmd_diag(const Args& args) {
   const size_t n = static_cast<size_t>(grids[0].nx) * grids[0].ny;
   double* out = static_cast<double*>(std::malloc(n * sizeof(double)));
   if (!out) return fail("out of memory");
-  call.geo = &grids[0];
+  // The finite differences take the first row as the northernmost. A grid stored from the
+  // south is turned over for the computation and the result turned back.
+  tervik_data4 geometry = grids[0];
+  const bool south_first = grids[0].lat_step > 0;
+  if (south_first) {
+    for (tervik_data4& g : grids) flip_rows(g.data(), g.nx, g.ny);
+    geometry.first_lat = grids[0].last_lat;
+    geometry.lat_step = -grids[0].lat_step;
+  }
+  call.geo = &geometry;
   call.out = out;
-  if (d->run(call) != 0) {
+  const int rc = d->run(call);
+  if (south_first) {
+    for (tervik_data4& g : grids) flip_rows(g.data(), g.nx, g.ny);
+    flip_rows(out, grids[0].nx, grids[0].ny);
+  }
+  if (rc != 0) {
     std::free(out);
     return fail(std::string(d->name) + " failed");
   }

@@ -47,6 +47,32 @@ void append_position(std::string& out, double x, double y) {
   out += ']';
 }
 
+void append_ring(std::string& out, const std::vector<tag_isoline_point>& ring) {
+  out += '[';
+  for (size_t k = 0; k < ring.size(); ++k) {
+    if (k) out += ',';
+    append_position(out, ring[k].x, ring[k].y);
+  }
+  out += ']';
+}
+
+// Even-odd point-in-polygon test of (x, y) against a closed ring.
+bool inside(const std::vector<tag_isoline_point>& ring, double x, double y) {
+  bool in = false;
+  for (size_t a = 0, b = ring.size() - 1; a < ring.size(); b = a++) {
+    const double ya = ring[a].y, yb = ring[b].y;
+    if ((ya > y) != (yb > y) && x < (ring[b].x - ring[a].x) * (y - ya) / (yb - ya) + ring[a].x) in = !in;
+  }
+  return in;
+}
+
+double area(const std::vector<tag_isoline_point>& ring) {
+  double twice = 0;
+  for (size_t a = 0, b = ring.size() - 1; a < ring.size(); b = a++)
+    twice += (ring[b].x - ring[a].x) * (ring[b].y + ring[a].y);
+  return std::fabs(twice) / 2;
+}
+
 }  // namespace
 
 void GeoJson::begin_feature() {
@@ -79,6 +105,39 @@ void GeoJson::add_isolines(const tag_isoline_layer& layer) {
       append_position(features_, label.x, label.y);
       features_ += "}}";
     }
+  }
+}
+
+void GeoJson::add_bands(const tag_isoline_layer& layer) {
+  const auto& rings = layer.polygons;
+  // Each hole belongs to the smallest outer ring of its band that contains it.
+  std::vector<std::vector<size_t>> holes(rings.size());
+  for (size_t h = 0; h < rings.size(); ++h) {
+    if (rings[h].second != 1 || rings[h].points.size() < 4) continue;
+    const double x = rings[h].points[0].x, y = rings[h].points[0].y;
+    size_t best = rings.size();
+    double best_area = 0;
+    for (size_t o = 0; o < rings.size(); ++o) {
+      if (rings[o].second != 0 || rings[o].first != rings[h].first || rings[o].points.size() < 4) continue;
+      if (!inside(rings[o].points, x, y)) continue;
+      const double a = area(rings[o].points);
+      if (best == rings.size() || a < best_area) best = o, best_area = a;
+    }
+    if (best < rings.size()) holes[best].push_back(h);
+  }
+  for (size_t o = 0; o < rings.size(); ++o) {
+    if (rings[o].second != 0 || rings[o].points.size() < 4) continue;
+    begin_feature();
+    features_ += "\"properties\":{\"kind\":\"band\",\"colour\":" + std::to_string(rings[o].first) +
+                 ",\"level\":";
+    append_json_number(features_, rings[o].level);
+    features_ += "},\"geometry\":{\"type\":\"Polygon\",\"coordinates\":[";
+    append_ring(features_, rings[o].points);
+    for (size_t h : holes[o]) {
+      features_ += ',';
+      append_ring(features_, rings[h].points);
+    }
+    features_ += "]}}";
   }
 }
 

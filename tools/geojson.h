@@ -17,6 +17,10 @@ class GeoJson {
   // as a Point with its text and angle.
   void add_isolines(const tag_isoline_layer& layer);
 
+  // The filled bands: one Polygon per outer ring with the holes that lie inside it, with the
+  // band's colour index and level.
+  void add_bands(const tag_isoline_layer& layer);
+
   // Every streamline as a LineString and every arrow as a LineString from its tail to its
   // head (pointing downstream).
   void add_streamlines(const tagSTREAMLINE_LAYER& layer);

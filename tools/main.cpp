@@ -14,8 +14,8 @@ const char kUsage[] = R"(usage: tervik [--quiet] COMMAND [ARGS...]
 Meteorological analysis products from grids, station observations and soundings.
 
 commands:
-  contour GRID [-o OUT.geojson] [--svg OUT.svg] [--interval X]
-                     isolines with labels of a grid file
+  contour GRID [-o OUT.geojson] [--svg OUT.svg] [--interval X] [--fill] [--smooth 0-3]
+                     isolines with labels (and filled bands) of a grid file
   stream U_GRID V_GRID [-o OUT.geojson] [--svg OUT.svg] [--density 1-4]
                      streamlines with arrows of a wind field
   objan STATIONS.csv [--method cressman|cressman-hq|barnes|surface-fit]

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <cstdio>
 
 namespace tervik::cli {
@@ -31,6 +32,18 @@ void draw_isolines(Svg& svg, const tag_isoline_layer& layer) {
       svg.text(label.x, label.y, label.text, 10, "#000", angle);
     }
   }
+}
+
+void draw_bands(Svg& svg, const tag_isoline_layer& layer, int colours) {
+  std::map<int, std::vector<std::vector<Point2>>> bands;
+  for (const tag_shaded_isoline& ring : layer.polygons) {
+    std::vector<Point2> pts;
+    pts.reserve(ring.points.size());
+    for (const auto& p : ring.points) pts.push_back({p.x, p.y});
+    bands[ring.first].push_back(std::move(pts));
+  }
+  for (const auto& [colour, rings] : bands)
+    svg.rings(rings, ramp_colour((colour + 1.0) / std::max(colours, 1)), 0.85);
 }
 
 void draw_stations(Svg& svg, const tervik_data3& stations) {

@@ -17,6 +17,10 @@ Svg map_canvas(const tervik_data4& grid);
 // Isolines in dark grey with their labels (the text along the line, on a white halo).
 void draw_isolines(Svg& svg, const tag_isoline_layer& layer);
 
+// Filled bands, each band's rings in one even-odd path, coloured along a blue-red ramp by the
+// band's colour index (-1 .. colours-1).
+void draw_bands(Svg& svg, const tag_isoline_layer& layer, int colours);
+
 // Station positions as dots with their values.
 void draw_stations(Svg& svg, const tervik_data3& stations);
 
