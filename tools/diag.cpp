@@ -12,7 +12,6 @@
 #include <tervik/records.h>
 
 #include "commands.h"
-#include "contour_levels.h"
 #include "pictures.h"
 
 namespace tervik::cli {
@@ -221,17 +220,7 @@ int cmd_diag(const Args& args) {
   if (!output_allowed(output, inputs)) return 1;
   if (write_datatype4(output.c_str(), result) != 0) return fail(output + ": cannot write");
   if (!picture.empty()) {
-    Svg svg = map_canvas(result);
-    isolineContourBuilder builder;
-    isoline_analysis_gx tracer(&builder);
-    tracer.create_isoline(result.data(), result.nx, result.ny, result.first_lon, result.first_lat,
-                          result.lon_step, result.lat_step, contour_levels(result, 0), tervik_data4::undef);
-    if (tag_isoline_layer* layer = builder.getLayer()) {
-      draw_isolines(svg, *layer);
-      builder.releaseContour();
-    }
-    svg.frame(result.description, 10);
-    if (!write_output(picture, svg.str(), inputs)) return 1;
+    if (!write_output(picture, isoline_picture(result, 0), inputs)) return 1;
   }
   if (!common.quiet)
     std::printf("diag %s: range %g .. %g -> %s\n", d->name, call.min, call.max, output.c_str());

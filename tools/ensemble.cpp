@@ -9,7 +9,6 @@
 #include <tervik/records.h>
 
 #include "commands.h"
-#include "contour_levels.h"
 #include "pictures.h"
 
 namespace tervik::cli {
@@ -132,17 +131,7 @@ int cmd_ensemble(const Args& args) {
   if (!output_allowed(output, inputs)) return 1;
   if (write_datatype4(output.c_str(), out) != 0) return fail(output + ": cannot write");
   if (!picture.empty()) {
-    Svg svg = map_canvas(out);
-    isolineContourBuilder builder;
-    isoline_analysis_gx tracer(&builder);
-    tracer.create_isoline(out.data(), out.nx, out.ny, out.first_lon, out.first_lat, out.lon_step, out.lat_step,
-                          contour_levels(out, out.contour_interval), tervik_data4::undef);
-    if (tag_isoline_layer* layer = builder.getLayer()) {
-      draw_isolines(svg, *layer);
-      builder.releaseContour();
-    }
-    svg.frame(out.description, 10);
-    if (!write_output(picture, svg.str(), inputs)) return 1;
+    if (!write_output(picture, isoline_picture(out, out.contour_interval), inputs)) return 1;
   }
   if (!common.quiet)
     std::printf("ensemble %s: %zu members -> %s (%s)\n", stat.c_str(), members.size(), output.c_str(),

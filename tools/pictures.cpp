@@ -1,5 +1,7 @@
 #include "pictures.h"
 
+#include "contour_levels.h"
+
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -15,6 +17,20 @@ Svg map_canvas(const tervik_data4& grid) {
   const int width = 900, margin = 50;
   const int height = static_cast<int>(std::clamp((width - 2 * margin) * aspect, 200.0, 1400.0)) + 2 * margin;
   return Svg(width, height, margin, x0, x1, y0, y1);
+}
+
+std::string isoline_picture(const tervik_data4& grid, double interval) {
+  Svg svg = map_canvas(grid);
+  isolineContourBuilder builder;
+  isoline_analysis_gx tracer(&builder);
+  tracer.create_isoline(grid.data(), grid.nx, grid.ny, grid.first_lon, grid.first_lat, grid.lon_step,
+                        grid.lat_step, contour_levels(grid, interval), tervik_data4::undef);
+  if (tag_isoline_layer* layer = builder.getLayer()) {
+    draw_isolines(svg, *layer);
+    builder.releaseContour();
+  }
+  svg.frame(grid.description, 10);
+  return svg.str();
 }
 
 void draw_isolines(Svg& svg, const tag_isoline_layer& layer) {

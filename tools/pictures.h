@@ -7,12 +7,18 @@
 #include <tervik/records.h>
 #include <tervik/streamline.h>
 
+#include <string>
+
 #include "svg.h"
 
 namespace tervik::cli {
 
 // A canvas sized for the geographic box of a grid record.
 Svg map_canvas(const tervik_data4& grid);
+
+// The picture of a grid: its isolines at the given interval (0: a round interval chosen from
+// the values) with labels, framed and titled with the grid's description.
+std::string isoline_picture(const tervik_data4& grid, double interval);
 
 // Isolines in dark grey with their labels (the text along the line, on a white halo).
 void draw_isolines(Svg& svg, const tag_isoline_layer& layer);
