@@ -12,6 +12,7 @@ using Args = std::vector<std::string>;
 // process exit status: 0 on success, 1 on a failure, 2 on a usage error.
 int cmd_contour(const Args& args);
 int cmd_stream(const Args& args);
+int cmd_sounding(const Args& args);
 int cmd_demo(const Args& args);
 
 // Options shared by the subcommands.

@@ -18,6 +18,10 @@ commands:
                      isolines with labels of a grid file
   stream U_GRID V_GRID [-o OUT.geojson] [--svg OUT.svg] [--density 1-4]
                      streamlines with arrows of a wind field
+  sounding FILE [-o REPORT.txt] [--svg OUT.svg] [--station N]
+                     the 68-quantity report of every station in a sounding file
+                     (text listing or CSV); the picture is a skew-T / log-p diagram
+                     of the first station, or of station N
   demo [DIR]         run every product on the sample data in data/ and write the
                      results and pictures to DIR (default tervik-demo/)
 
@@ -37,6 +41,7 @@ struct Command {
 const Command kCommands[] = {
     {"contour", tervik::cli::cmd_contour},
     {"stream", tervik::cli::cmd_stream},
+    {"sounding", tervik::cli::cmd_sounding},
     {"demo", tervik::cli::cmd_demo},
 };
 
