@@ -20,8 +20,9 @@ commands:
                      streamlines with arrows of a wind field
   sounding FILE [-o REPORT.txt] [--svg OUT.svg] [--station N]
                      the 68-quantity report of every station in a sounding file
-                     (text listing or CSV); the picture is a skew-T / log-p diagram
-                     of the first station, or of station N
+                     (text listing or CSV), on standard output or to REPORT.txt;
+                     the picture is a skew-T / log-p diagram of the first station,
+                     or of station N
   demo [DIR]         run every product on the sample data in data/ and write the
                      results and pictures to DIR (default tervik-demo/)
 

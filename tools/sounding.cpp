@@ -1,7 +1,9 @@
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
+#include <system_error>
 #include <vector>
 
 #include <tervik/records.h>
@@ -60,12 +62,14 @@ int cmd_sounding(const Args& args) {
     return 2;
   }
 
+  std::error_code ec;
   std::ifstream in(input, std::ios::binary);
-  std::stringstream buffer;
-  if (!in || !(buffer << in.rdbuf())) return fail(input + ": cannot read");
+  if (!in || std::filesystem::is_directory(input, ec)) return fail(input + ": cannot read");
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  if (in.bad()) return fail(input + ": cannot read");
   tag_tervik_data5 soundings;
   std::string error;
-  if (!tervik::formats::parse_sounding(buffer.str(), soundings, error)) return fail(input + ": " + error);
+  if (!tervik::formats::parse_sounding(text, soundings, error)) return fail(input + ": " + error);
 
   const tag_tlogp_station* drawn = &soundings.soundings.front();
   if (station >= 0) {
