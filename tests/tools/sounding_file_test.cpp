@@ -171,6 +171,9 @@ TEST(SoundingFile, RejectsMalformedInputWithTheLineAndLeavesTheOutputAlone) {
       {"text past the columns", "1 X Observations at 00Z\n" + kHeader +
                                     "  850.0   1422   12.0    5.0     40   6.70    140      6  307.0  327.7  308.2  9\n",
        "line 4: text beyond the 11 columns of the table"},
+      {"a header without its table", "   PRES   HGHT   TEMP   DWPT\nnot\na\ntable\n9 X Observations at 00Z\n" + kHeader +
+                                            "  850.0   1422   12.0    5.0\n",
+       "line 1: the table has no levels above the ground"},
       {"shifted header", "   PRES  HGHT   TEMP   DWPT\n",
        "line 1: column 'HGHT' of the header is not in a 7-character column"},
       {"pressure out of range", "1 X Observations at 00Z\n" + kHeader + " 1850.0   1422   12.0    5.0\n",

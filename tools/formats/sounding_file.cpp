@@ -221,18 +221,25 @@ bool parse_sounding_listing(std::string_view text, tag_tervik_data5& out, std::s
   std::vector<Table> tables;
   int32_t pending_title = -1;      // number of the last title line not yet given to a table
   bool title_after_table = false;  // a title came after the last table: a new page began
+  int header_lines = 0;            // lines seen between a column header and its rows
   LineReader lines(text);
   std::string_view line;
   while (lines.next(line)) {
     const int n = lines.number();
     if (state == State::Header) {
-      // Between the column header and the rows: the units line and a dashed line.
+      // Between the column header and the rows: the units line and a dashed line. Anything
+      // longer is not a table after all, and the lines are looked at afresh.
       if (is_dashes(line)) {
         state = State::Rows;
         continue;
       }
-      if (!is_row(line)) continue;
-      state = State::Rows;
+      if (is_row(line)) {
+        state = State::Rows;
+      } else if (++header_lines <= 2) {
+        continue;
+      } else {
+        state = State::Outside;
+      }
     }
     if (state == State::Rows) {
       if (is_row(line)) {
@@ -253,6 +260,7 @@ bool parse_sounding_listing(std::string_view text, tag_tervik_data5& out, std::s
       pending_title = -1;
       title_after_table = false;
       state = State::Header;
+      header_lines = 0;
     } else if (w.size() >= 2 && w[0] == "Station" && w[1] == "number:") {
       int32_t number = 0;
       if (w.size() != 3 || !parse_station(w[2], number))
@@ -274,11 +282,11 @@ bool parse_sounding_listing(std::string_view text, tag_tervik_data5& out, std::s
                           "column header, or the CSV header '" + std::string(kCsvHeader) + "'");
   std::vector<tag_tlogp_station> stations;
   for (Table& t : tables) {
+    if (t.station.layers.empty()) return fail(error, t.first_line, "the table has no levels above the ground");
     const int32_t number = t.index_number >= 0 ? t.index_number : t.title_number;
     if (number < 0)
       return fail(error, t.first_line, "no station number for this table (no 'Station number:' line "
                                        "after it, no number at the start of its title line)");
-    if (t.station.layers.empty()) return fail(error, t.first_line, "the table has no levels above the ground");
     t.station.station = number;
     stations.push_back(std::move(t.station));
   }
