@@ -15,6 +15,7 @@ int cmd_stream(const Args& args);
 int cmd_objan(const Args& args);
 int cmd_diag(const Args& args);
 int cmd_ensemble(const Args& args);
+int cmd_sounding(const Args& args);
 int cmd_demo(const Args& args);
 
 // Options shared by the subcommands.

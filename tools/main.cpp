@@ -28,11 +28,16 @@ commands:
   ensemble STAT [--element NAME] [--p FRACTION] -o OUT.grid [--svg OUT.svg] MEMBER...
                      an ensemble statistic (mean, var, min, max, median, percentile,
                      wind-mean, ..., isotach, rh); 'tervik ensemble' lists them
+  sounding FILE [-o REPORT.txt] [--svg OUT.svg] [--station N]
+                     the 68-quantity report of every station in a sounding file
+                     (text listing or CSV), on standard output or to REPORT.txt;
+                     the picture is a skew-T / log-p diagram of the first station,
+                     or of station N
   demo [DIR]         run every product on the sample data in data/ and write the
                      results and pictures to DIR (default tervik-demo/)
 
 options:
-  -q, --quiet        print nothing but errors
+  -q, --quiet        no summary or progress lines (reports still go to standard output)
   -h, --help         show this text
   --version          show the version
 
@@ -50,6 +55,7 @@ const Command kCommands[] = {
     {"objan", tervik::cli::cmd_objan},
     {"diag", tervik::cli::cmd_diag},
     {"ensemble", tervik::cli::cmd_ensemble},
+    {"sounding", tervik::cli::cmd_sounding},
     {"demo", tervik::cli::cmd_demo},
 };
 

@@ -33,6 +33,12 @@ void draw_stations(Svg& svg, const tervik_data3& stations);
 // Streamlines in blue with an arrowhead at each arrow mark.
 void draw_streamlines(Svg& svg, const tagSTREAMLINE_LAYER& layer);
 
+// A skew-T / log-p diagram of one sounding, 1050 to 100 hPa: isobars, isotherms, dry and
+// pseudo-adiabats; the temperature (red) and dew-point (green) curves; the path of the
+// parcel lifted from the first valid level with its LCL, LFC and EL marked; and a legend
+// with the station number, CAPE, CIN, LI and K (n/a where the profile does not give them).
+Svg skewt_diagram(const tag_tlogp_station& sounding);
+
 }  // namespace tervik::cli
 
 #endif

@@ -124,6 +124,20 @@ void Svg::arrowhead(double x1, double y1, double x2, double y2, double size, con
            "," + num(by + ux * half) + " " + num(bx + uy * half) + "," + num(by - ux * half) + "\"/>\n";
 }
 
+void Svg::rect_px(double x, double y, double w, double h, const std::string& fill, const std::string& stroke,
+                  double opacity) {
+  body_ += "<rect x=\"" + num(x) + "\" y=\"" + num(y) + "\" width=\"" + num(w) + "\" height=\"" + num(h) +
+           "\" fill=\"" + fill + "\" fill-opacity=\"" + num(opacity) + "\" stroke=\"" +
+           (stroke.empty() ? std::string("none") : stroke) + "\"/>\n";
+}
+
+void Svg::begin_clip() {
+  clipped_ = true;
+  body_ += "<g clip-path=\"url(#plot-area)\">\n";
+}
+
+void Svg::end_clip() { body_ += "</g>\n"; }
+
 void Svg::frame(const std::string& title, double step, const char* x_unit, const char* y_unit) {
   const double left = margin_, right = width_ - margin_, top = margin_, bottom = height_ - margin_;
   body_ += "<rect x=\"" + num(left) + "\" y=\"" + num(top) + "\" width=\"" + num(right - left) +
@@ -144,11 +158,17 @@ void Svg::frame(const std::string& title, double step, const char* x_unit, const
   text_px(width_ / 2.0, top - 12, title, 15, "#111", "middle");
 }
 
+std::string Svg::clip_definition() const {
+  if (!clipped_) return "";
+  return "<defs><clipPath id=\"plot-area\"><rect x=\"" + num(margin_) + "\" y=\"" + num(margin_) + "\" width=\"" +
+         num(width_ - 2 * margin_) + "\" height=\"" + num(height_ - 2 * margin_) + "\"/></clipPath></defs>\n";
+}
+
 std::string Svg::str() const {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" +
          std::to_string(width_) + "\" height=\"" + std::to_string(height_) + "\" viewBox=\"0 0 " +
          std::to_string(width_) + " " + std::to_string(height_) + "\">\n<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n" +
-         body_ + "</svg>\n";
+         clip_definition() + body_ + "</svg>\n";
 }
 
 }  // namespace tervik::cli

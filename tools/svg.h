@@ -36,15 +36,24 @@ class Svg {
   void circle(double x, double y, double r_px, const std::string& fill);
   // An arrowhead at (x2, y2) pointing away from (x1, y1), `size` pixels long.
   void arrowhead(double x1, double y1, double x2, double y2, double size, const std::string& fill);
+  // A rectangle placed in pixels, for legend boxes; an empty stroke draws no outline.
+  void rect_px(double x, double y, double w, double h, const std::string& fill, const std::string& stroke,
+               double opacity = 1.0);
+  // Shapes drawn between begin_clip and end_clip are cut at the edge of the plot area.
+  void begin_clip();
+  void end_clip();
   // Frame, longitude/latitude ticks every `step` data units, and a title.
   void frame(const std::string& title, double step, const char* x_unit = "E", const char* y_unit = "N");
 
   std::string str() const;
 
  private:
+  std::string clip_definition() const;
+
   int width_, height_, margin_;
   double x0_, x1_, y0_, y1_;
   std::string body_;
+  bool clipped_ = false;  // begin_clip was called: str() defines the clip path
 };
 
 // A colour from a blue-white-red ramp for t in [0, 1].
