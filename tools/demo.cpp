@@ -76,6 +76,7 @@ int cmd_demo(const Args& args) {
                    "--interval", "4", "-o", base + ".grid", "--geojson", base + ".geojson", "--svg",
                    base + ".svg"}));
   }
+  run(cmd_sounding({data + "/sounding.csv", "-o", o + "sounding-report.txt", "--svg", o + "sounding-skewt.svg"}));
   run(cmd_diag({"vor", data + "/u850.grid", data + "/v850.grid", "-o", o + "vorticity850.grid", "--svg",
                 o + "vorticity850.svg"}));
   const Args t = member_files(data, "t850", "T"), td = member_files(data, "td850", "Td");

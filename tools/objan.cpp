@@ -168,7 +168,7 @@ int cmd_objan(const Args& args) {
   std::string text, error;
   if (!tervik::detail::read_file(input.c_str(), text)) return fail(input + ": cannot read");
   tervik_data3 stations;
-  if (!formats::parse_station_csv(text, stations, error)) return fail(input + ":" + error.substr(5));
+  if (!formats::parse_station_csv(text, stations, error)) return fail(input + ": " + error);
 
   tervik_data4 grid;
   tag_isoline_layer layer{};

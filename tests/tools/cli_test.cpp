@@ -197,7 +197,7 @@ TEST(Program, DemoWritesEveryProduct) {
   ASSERT_EQ(r.status, 0) << r.err;
   for (const char* f : {"z500-contours.geojson", "z500-contours.svg", "wind850-streamlines.svg",
                         "slp-cressman.grid", "slp-cressman-hq.svg", "slp-barnes.geojson", "slp-surface-fit.grid",
-                        "vorticity850.grid", "ensemble-t850-mean.svg", "ensemble-wind850-mean.grid",
+                        "vorticity850.grid", "sounding-report.txt", "sounding-skewt.svg", "ensemble-t850-mean.svg", "ensemble-wind850-mean.grid",
                         "ensemble-rh850-mean.grid"})
     EXPECT_TRUE(exists(dir + "/" + f)) << f;
 }
@@ -213,7 +213,7 @@ TEST(Program, BadInputFailsWithOneLineNamingTheFileAndWritesNothing) {
     std::string message;
   } cases[] = {
       {{"contour", dir + "/missing.grid", "-o", out}, 1, "tervik: " + dir + "/missing.grid: not a readable grid file\n"},
-      {{"objan", bad_csv, "-o", out}, 1, "tervik: " + bad_csv + ":3: latitude 'abc' is not in -90..90\n"},
+      {{"objan", bad_csv, "-o", out}, 1, "tervik: " + bad_csv + ": line 3: latitude 'abc' is not in -90..90\n"},
       {{"contour", data("z500.grid"), "-o", data("z500.grid")}, 1,
        "tervik: " + data("z500.grid") + ": refusing to overwrite an input file\n"},
       {{"diag", "nosuch", "a", "b"}, 2, "tervik: unknown diagnostic 'nosuch'\n"},
@@ -232,7 +232,7 @@ TEST(Program, BadInputFailsWithOneLineNamingTheFileAndWritesNothing) {
 TEST(Program, HelpAndVersion) {
   const auto help = run_program(kProgram, {"--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* command : {"contour", "stream", "objan", "diag", "ensemble", "demo"})
+  for (const char* command : {"contour", "stream", "objan", "sounding", "diag", "ensemble", "demo"})
     EXPECT_NE(help.out.find(std::string("  ") + command + " "), std::string::npos) << command;
   const auto version = run_program(kProgram, {"--version"});
   EXPECT_EQ(version.out, std::string("tervik ") + TERVIK_VERSION_STRING + "\n");
