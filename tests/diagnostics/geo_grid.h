@@ -5,7 +5,6 @@
 // finite differences should see, written out independently of the library.
 
 #include <cmath>
-#include <cstddef>
 #include <functional>
 #include <vector>
 
@@ -22,11 +21,10 @@ struct GeoGrid {
     return std::fabs(dlon) * 0.017453292519943 * 6371110.0 * std::cos(lat(j) * 0.017453292519943);
   }
   double dy() const { return std::fabs(dlat) * 111196.84650673404; }
-
   std::vector<double> field(const std::function<double(int i, int j)>& value) const {
-    std::vector<double> f(size());
+    std::vector<double> f;
     for (int j = 0; j < ny; ++j)
-      for (int i = 0; i < nx; ++i) f[static_cast<std::size_t>(j) * nx + i] = value(i, j);
+      for (int i = 0; i < nx; ++i) f.push_back(value(i, j));
     return f;
   }
 };

@@ -6,14 +6,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <random>
-#include <string>
 #include <vector>
 
 #include <tervik/ensemble.h>
 
 namespace tervik::test {
 
-// A member of nx x ny values, taking a malloc()ed copy of `values`.
+// A member of nx x ny values, a malloc()ed copy of `values`, contoured -40 to 40 every 4.
 inline tervik_data4 member(int nx, int ny, int level, const std::vector<double>& values,
                            const char* title = "ECMF 24011512 500hPa T") {
   tervik_data4 m;
@@ -21,12 +20,6 @@ inline tervik_data4 member(int nx, int ny, int level, const std::vector<double>&
   m.level = level;
   m.nx = nx;
   m.ny = ny;
-  m.lon_step = 1.0;
-  m.lat_step = -1.0;
-  m.first_lon = 100.0;
-  m.last_lon = 100.0 + nx - 1;
-  m.first_lat = 50.0;
-  m.last_lat = 50.0 - (ny - 1);
   m.contour_interval = 4;
   m.contour_start = -40;
   m.contour_end = 40;
@@ -45,7 +38,6 @@ inline std::vector<double> random_values(std::mt19937& rng, std::size_t n, doubl
   return v;
 }
 
-// Members and their codes, built up together.
 struct ensemble {
   std::vector<tervik_data4> members;
   std::vector<int> codes;
@@ -56,10 +48,14 @@ struct ensemble {
 };
 
 inline std::vector<double> values_of(const tervik_data4& g) {
-  const double* d = g.data();
-  return d ? std::vector<double>(d, d + static_cast<std::size_t>(g.nx) * g.ny)
-           : std::vector<double>();
+  return std::vector<double>(g.data(), g.data() + static_cast<std::size_t>(g.nx) * g.ny);
 }
+
+// A statistic as a grid and as a wind record.
+using stat4 = int (*)(const std::vector<tervik_data4>&, const std::vector<int>&, int, int, double,
+                      tervik_data4&);
+using stat11 = int (*)(const std::vector<tervik_data4>&, const std::vector<int>&, int, int,
+                       double, tervik_data11&);
 
 }  // namespace tervik::test
 
