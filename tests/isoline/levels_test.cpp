@@ -14,8 +14,7 @@ TEST(FindIsolineValues, RoundIntervalsAboutTenLevelsElseTheUnitDefault) {
       {-273, 45, -270, 30, 30},  // 318 scales to 3.18 and rounds to 3
       {0.0123, 0.0456, 0.015, 0.003, 0.045},
       {-5, -1, -4.8, 0.4, -1.2},  // one interval above -5.2, the multiple below -5
-      {5, 4, 0, 1, 0},  // reversed and non-finite ranges
-      {NAN, 1, 0, 1, 0},
+      {NAN, 1, 0, 1, 0},  // non-finite ranges
       {-1e308, 1e308, 0, 1, 0},
   };
   for (const Case& c : cases) {

@@ -103,13 +103,12 @@ std::vector<Case> cases() {
   };
   const std::vector<double> hills = {-0.8, -0.4, 0, 0.4, 0.8, 1.2};
   const std::vector<double> noise = {0.1, 0.25, 0.4, 0.5, 0.6, 0.75, 0.9};
-  const std::vector<double> shuffled = {0.5, 0.1, 0.9, 0.5, 0.25};  // and repeated
   std::vector<Case> list = {
       {"hills", 60, 45, field(60, 45, 0, 0), hills, 0, 0, 1, 1, false},
       {"hills, NaN, mirrored", 50, 40, field(50, 40, 0, 0.03), hills, 100, 60, 0.5, -0.5, false},
       {"hills high to low", 60, 45, field(60, 45, 0, 0), {1.2, 0.4, -0.4}, -20, 10, 2, 1.5, true},
       {"noise", 40, 30, field(40, 30, 1, 0), noise, 0, 0, 1, 1, false},
-      {"noise, shuffled levels", 40, 30, field(40, 30, 1, 0), shuffled, 0, 0, 1, 1, true},
+      {"noise, repeated", 40, 30, field(40, 30, 1, 0), {0.5, 0.1, 0.9, 0.5}, 0, 0, 1, 1, true},
       {"noise with holes", 40, 30, field(40, 30, 1, 0.08), noise, 3, 4, 1, 1, false},
   };
   for (int k = 0; k < 30; ++k) {
@@ -191,9 +190,9 @@ TEST(FilledContours, SaddleCellsFollowTheBilinearSurface) {
     const int colour = 0;
     ASSERT_TRUE(isoline_shade(&rec).create_isoshade(grid, 2, 2, 0, 0, 1, 1, &level, &colour, 1,
                                                     kUndef, 3));
-    int in_upper_band = 0;
-    for (const Ring& r : rec.rings) in_upper_band += r.colour == 0 ? winding(r, 10.0 / 13, 10.0 / 13) : 0;
-    EXPECT_EQ(in_upper_band, level < 3.0 / 13 ? 1 : 0) << level;
+    int upper = 0;  // times the saddle point lies in the band above the level
+    for (const Ring& r : rec.rings) upper += r.colour == 0 ? winding(r, 10.0 / 13, 10.0 / 13) : 0;
+    EXPECT_EQ(upper, level < 3.0 / 13 ? 1 : 0) << level;
   }
 }
 

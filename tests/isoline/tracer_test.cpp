@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <climits>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <set>
 #include <string>
@@ -18,15 +16,10 @@ namespace {
 const double U = 9999.0;  // missing value
 using Calls = std::vector<std::string>;
 
-// Shortest plain text that reads back as the same double ("12", "20.25", "0.1").
+// Shortest text that reads back as the same double ("12", "20.25", "0.1").
 std::string num(double v) {
   char text[40];
-  for (int digits = 1; digits <= 17; ++digits) {
-    std::snprintf(text, sizeof text, "%.*g", digits, v);
-    if (std::strtod(text, nullptr) == v && !std::strchr(text, 'e')) return text;
-  }
-  std::snprintf(text, sizeof text, "%.17g", v);
-  return text;
+  return std::string(text, std::to_chars(text, text + sizeof text, v).ptr);
 }
 
 struct RecordedPoint {
@@ -206,7 +199,6 @@ TEST(ContourTracerBadInput, DrawsNothingAndReadsOnlyTheGrid) {
   };
   const Case cases[] = {
       {"one column", {0, 1, 2, 3}, 1, 4, {0.5, 1.5}},
-      {"negative rows", {0}, 3, -2, {0.5}},
       {"all missing", std::vector<double>(12, U), 4, 3, {0.5, U}},
       {"NaN peak", {0, 0, 0, 0, nan, 0, 0, 0, 0}, 3, 3, {0.5}},
       {"level above the field", peak, 3, 3, {2.0}},
