@@ -13,9 +13,7 @@
 namespace tervik::test {
 
 inline constexpr int kFourColumns[6] = {1, 2, 3, 4, 0, 0};
-inline constexpr int kSixColumns[6] = {1, 2, 3, 4, 5, 6};
 inline constexpr int kNoGrid[2] = {0, 0};
-inline constexpr int kFirstGuess[2] = {11, 0};
 
 struct Domain {
   int nx, ny;
@@ -53,11 +51,10 @@ Stations random_stations(const Domain& d, int count, unsigned seed, Field field)
   std::mt19937 rng(seed);
   std::uniform_real_distribution<double> ux(d.lon_min + 0.2, d.lon_max - 0.2);
   std::uniform_real_distribution<double> uy(d.lat_min + 0.2, d.lat_max - 0.2);
-  std::uniform_real_distribution<double> udir(0.0, 360.0), uspeed(0.0, 40.0);
   Stations s;
   for (int k = 0; k < count; ++k) {
     const double x = ux(rng), y = uy(rng);
-    s.add(50000 + k, x, y, field(x, y), udir(rng), uspeed(rng));
+    s.add(50000 + k, x, y, field(x, y));
   }
   return s;
 }
@@ -66,9 +63,9 @@ Stations random_stations(const Domain& d, int count, unsigned seed, Field field)
 inline std::vector<double> run(daBase& scheme, const Domain& d, Stations& s, double* guess = nullptr,
                                const int* options = nullptr, bool wind = false) {
   std::vector<double> buf = s.buffer(wind);
-  double* out = scheme.assimilate(d.nx, d.ny, d.lon_min, d.lon_max, d.lat_min, d.lat_max,
-                                  s.count(), 9999.0, wind ? kSixColumns : kFourColumns,
-                                  buf.data(), guess ? kFirstGuess : kNoGrid, guess, options);
+  const int columns[6] = {1, 2, 3, 4, wind ? 5 : 0, wind ? 6 : 0}, grids[2] = {guess ? 11 : 0, 0};
+  double* out = scheme.assimilate(d.nx, d.ny, d.lon_min, d.lon_max, d.lat_min, d.lat_max, s.count(),
+                                  9999.0, columns, buf.data(), grids, guess, options);
   // The value column may have been changed by the scheme (extremum enhancement).
   for (int k = 0; k < s.count(); ++k) s.value[k] = buf[3 * s.count() + k];
   std::vector<double> result;
@@ -77,7 +74,7 @@ inline std::vector<double> run(daBase& scheme, const Domain& d, Stations& s, dou
   return result;
 }
 
-// Bilinear value of a result grid at (lon, lat).
+// Bilinear value of a result grid at (lon, lat), computed as the schemes do.
 inline double bilinear(const std::vector<double>& g, const Domain& d, double lon, double lat) {
   const double x = (lon - d.lon_min) / ((d.lon_max - d.lon_min) / (d.nx - 1));
   const double y = (lat - d.lat_min) / ((d.lat_max - d.lat_min) / (d.ny - 1));
@@ -89,12 +86,12 @@ inline double bilinear(const std::vector<double>& g, const Domain& d, double lon
   return a + (b - a) * fy;
 }
 
-// Root-mean-square difference between the analysis and the field at the stations.
-template <typename Field>
-double rms_at_stations(const std::vector<double>& g, const Domain& d, const Stations& s, Field field) {
+// Root-mean-square difference between a grid and the stations' values.
+inline double rms_at_stations(const std::vector<double>& g, const Domain& d, const Stations& s) {
+  if (g.size() != static_cast<size_t>(d.nx) * d.ny) return INFINITY;  // the analysis failed
   double sum = 0.0;
   for (int k = 0; k < s.count(); ++k) {
-    const double e = bilinear(g, d, s.lon[k], s.lat[k]) - field(s.lon[k], s.lat[k]);
+    const double e = bilinear(g, d, s.lon[k], s.lat[k]) - s.value[k];
     sum += e * e;
   }
   return std::sqrt(sum / s.count());
