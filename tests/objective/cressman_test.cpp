@@ -138,7 +138,7 @@ TEST(QualityControl, DropsSpikesAndSurfaceExclusionsAndRecordsExtrema) {
       // hole leaves station 16, south of it, above its four nearest neighbours.
       {30, 12, 500, {0, -10, 16, -110, -120}, {27, 60}},
       // At the surface 4205 and 4211 are dropped, and within 5 degrees the southern corners have
-      // 7 neighbours, too few to be recorded; the northern ones, where meridians converge, 8.
+      // 7 neighbours, too few to be recorded; the northern ones, where meridians converge, 10.
       {0, 0, 1000, {60, -110, -120}, {20, 30}},
   };
   for (const Case& c : cases) {
