@@ -47,7 +47,7 @@ double rejection() {
   s.add(57, 100.0, 40.0, 5530.0);
   s.add(58, 95.0, 35.0, 5510.0);
   daCressman c(5);
-  return std::round(run(c, d, s, guess.data())[5 * d.nx + 5]);
+  return std::round(run(c, d, s, guess.data()).at(5 * d.nx + 5));
 }
 
 // Whether winds at two stations near `lat` change an analysis of `scans` passes.
@@ -70,7 +70,7 @@ double region_point(int mode, double lon, double value) {
   s.add(2, lon, 45.0, value + 5);
   daCressmanHQ hq(5);
   const int options[3] = {mode, 500, 0};
-  return run(hq, d, s, guess.data(), options)[28 * d.nx + 48];
+  return run(hq, d, s, guess.data(), options).at(28 * d.nx + 48);
 }
 
 // The dome's top station after an operational analysis with extremum enhancement.

@@ -160,7 +160,7 @@ TEST(Schemes, BadInputFailsWithTheSchemesMessage) {
 // Sea-level pressure (hPa) of the North-American surface reports of 12 UTC 12 March 1993, as
 // the storm of that week formed over the Gulf of Mexico. The operational Cressman analysis
 // starts from the Barnes analysis.
-TEST(RealStations, EverySchemeFollowsTheSurfacePressureOfAStormMorning) {
+TEST(RealStations, SchemesFollowTheSurfacePressureOfAStormMorning) {
   TERVIK_REQUIRE_SHARED_DATA(path, "stations/SFC_obs.csv");
   const Domain d{61, 26, -125.0, -65.0, 25.0, 50.0};
   std::ifstream in(path);
