@@ -3,6 +3,7 @@
 
 // Station sets and analytic fields for the objective-analysis tests.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <random>
@@ -13,9 +14,6 @@
 namespace tervik::test {
 
 inline constexpr int kFourColumns[6] = {1, 2, 3, 4, 0, 0};
-inline constexpr int kSixColumns[6] = {1, 2, 3, 4, 5, 6};
-inline constexpr int kNoGrid[2] = {0, 0};
-inline constexpr int kFirstGuess[2] = {11, 0};
 
 struct Domain {
   int nx, ny;
@@ -24,12 +22,7 @@ struct Domain {
   double lat(int j) const { return lat_min + j * (lat_max - lat_min) / (ny - 1); }
 };
 
-// A synoptic-looking 500 hPa height field (m): a trough and a ridge on a poleward gradient.
-inline double height_field(double lon, double lat) {
-  return 5700.0 - 4.0 * (lat - 15.0) + 60.0 * std::sin(lon * M_PI / 35.0) * std::cos(lat * M_PI / 50.0);
-}
-
-// Station columns, stored as the schemes read them.
+// Station columns as the schemes read them: number, lon, lat, value, wind direction, speed.
 struct Stations {
   std::vector<double> id, lon, lat, value, dir, speed;
   int count() const { return static_cast<int>(lon.size()); }
@@ -37,12 +30,9 @@ struct Stations {
     id.push_back(i), lon.push_back(x), lat.push_back(y), value.push_back(v);
     dir.push_back(d), speed.push_back(s);
   }
-  // Columns back to back: id, lon, lat, value and, with wind, direction and speed.
-  std::vector<double> buffer(bool wind = false) const {
+  std::vector<double> buffer() const {  // the six columns back to back
     std::vector<double> b;
-    for (const auto* c : {&id, &lon, &lat, &value}) b.insert(b.end(), c->begin(), c->end());
-    if (wind)
-      for (const auto* c : {&dir, &speed}) b.insert(b.end(), c->begin(), c->end());
+    for (const auto* c : {&id, &lon, &lat, &value, &dir, &speed}) b.insert(b.end(), c->begin(), c->end());
     return b;
   }
 };
@@ -53,50 +43,44 @@ Stations random_stations(const Domain& d, int count, unsigned seed, Field field)
   std::mt19937 rng(seed);
   std::uniform_real_distribution<double> ux(d.lon_min + 0.2, d.lon_max - 0.2);
   std::uniform_real_distribution<double> uy(d.lat_min + 0.2, d.lat_max - 0.2);
-  std::uniform_real_distribution<double> udir(0.0, 360.0), uspeed(0.0, 40.0);
   Stations s;
   for (int k = 0; k < count; ++k) {
     const double x = ux(rng), y = uy(rng);
-    s.add(50000 + k, x, y, field(x, y), udir(rng), uspeed(rng));
+    s.add(50000 + k, x, y, field(x, y));
   }
   return s;
 }
 
-// Runs a scheme over the stations; the result is copied into a vector (empty on failure).
+// Runs a scheme over the stations (with their winds if asked); the grid, empty on failure.
+// The value column is copied back: extremum enhancement changes it.
 inline std::vector<double> run(daBase& scheme, const Domain& d, Stations& s, double* guess = nullptr,
                                const int* options = nullptr, bool wind = false) {
-  std::vector<double> buf = s.buffer(wind);
-  double* out = scheme.assimilate(d.nx, d.ny, d.lon_min, d.lon_max, d.lat_min, d.lat_max,
-                                  s.count(), 9999.0, wind ? kSixColumns : kFourColumns,
-                                  buf.data(), guess ? kFirstGuess : kNoGrid, guess, options);
-  // The value column may have been changed by the scheme (extremum enhancement).
-  for (int k = 0; k < s.count(); ++k) s.value[k] = buf[3 * s.count() + k];
-  std::vector<double> result;
-  if (out) result.assign(out, out + static_cast<size_t>(d.nx) * d.ny);
+  std::vector<double> buf = s.buffer();
+  const int columns[6] = {1, 2, 3, 4, wind ? 5 : 0, wind ? 6 : 0}, grids[2] = {guess ? 11 : 0, 0};
+  double* out = scheme.assimilate(d.nx, d.ny, d.lon_min, d.lon_max, d.lat_min, d.lat_max, s.count(),
+                                  9999.0, columns, buf.data(), grids, guess, options);
+  std::copy(buf.begin() + 3 * s.count(), buf.begin() + 4 * s.count(), s.value.begin());
+  std::vector<double> result(out, out ? out + static_cast<size_t>(d.nx) * d.ny : out);
   std::free(out);
   return result;
 }
 
-// Bilinear value of a result grid at (lon, lat).
+// Bilinear value of a result grid at (lon, lat), computed as the schemes do.
 inline double bilinear(const std::vector<double>& g, const Domain& d, double lon, double lat) {
   const double x = (lon - d.lon_min) / ((d.lon_max - d.lon_min) / (d.nx - 1));
   const double y = (lat - d.lat_min) / ((d.lat_max - d.lat_min) / (d.ny - 1));
   const int i = std::min(static_cast<int>(x), d.nx - 2), j = std::min(static_cast<int>(y), d.ny - 2);
-  const double fx = x - i, fy = y - j;
   const size_t n = static_cast<size_t>(j) * d.nx + i;
-  const double a = g[n] + (g[n + 1] - g[n]) * fx;
-  const double b = g[n + d.nx] + (g[n + d.nx + 1] - g[n + d.nx]) * fx;
-  return a + (b - a) * fy;
+  const double a = g[n] + (g[n + 1] - g[n]) * (x - i);
+  const double b = g[n + d.nx] + (g[n + d.nx + 1] - g[n + d.nx]) * (x - i);
+  return a + (b - a) * (y - j);
 }
 
-// Root-mean-square difference between the analysis and the field at the stations.
-template <typename Field>
-double rms_at_stations(const std::vector<double>& g, const Domain& d, const Stations& s, Field field) {
+// Root-mean-square difference between a grid and the stations' values.
+inline double rms_at_stations(const std::vector<double>& g, const Domain& d, const Stations& s) {
+  if (g.size() != static_cast<size_t>(d.nx) * d.ny) return INFINITY;  // the analysis failed
   double sum = 0.0;
-  for (int k = 0; k < s.count(); ++k) {
-    const double e = bilinear(g, d, s.lon[k], s.lat[k]) - field(s.lon[k], s.lat[k]);
-    sum += e * e;
-  }
+  for (int k = 0; k < s.count(); ++k) sum += std::pow(bilinear(g, d, s.lon[k], s.lat[k]) - s.value[k], 2);
   return std::sqrt(sum / s.count());
 }
 
