@@ -9,20 +9,9 @@
 
 #include <tervik/sounding.h>
 
-namespace tervik::test {
+#include "convective_profile.h"
 
-inline tag_tlogp_layer make_level(double p, double z, double t, double td, double dir = 9999.0,
-                                  double speed = 9999.0) {
-  tag_tlogp_layer l;
-  l.valid = true;
-  l.p = p;
-  l.z = z;
-  l.t = t;
-  l.td = td;
-  l.wind_dir = dir;
-  l.wind_speed = speed;
-  return l;
-}
+namespace tervik::test {
 
 // Dew point (deg C) of vapour pressure e (hPa), inverting the Magnus form over water
 // (or over ice below 0 deg C) that the library uses.
@@ -100,19 +89,6 @@ inline std::vector<tag_tlogp_layer> convective_sounding(double dz = 400.0) {
   std::vector<tag_tlogp_layer> levels = weisman_klemp(dz);
   for (double p : {850.0, 700.0, 500.0, 300.0}) insert_level(levels, p);
   return levels;
-}
-
-// A stable winter-like sounding: 1000 hPa at 2 deg C, an inversion to 900 hPa, a
-// 5 K/km lapse above and dry air; mandatory levels included, winds westerly increasing.
-inline std::vector<tag_tlogp_layer> stable_sounding() {
-  std::vector<tag_tlogp_layer> v;
-  const double ps[] = {1000, 950, 900, 850, 800, 700, 600, 500, 400, 300, 250, 200};
-  const double zs[] = {100, 520, 960, 1420, 1910, 2990, 4200, 5560, 7150, 9060, 10230, 11700};
-  for (int i = 0; i < 12; ++i) {
-    const double t = i <= 2 ? 2.0 + 2.0 * i : 6.0 - 0.005 * (zs[i] - zs[2]);
-    v.push_back(make_level(ps[i], zs[i], t, t - 12.0, 270.0, 5.0 + 2.0 * i));
-  }
-  return v;
 }
 
 }  // namespace tervik::test
