@@ -1,5 +1,6 @@
-// Input outside the contract: every index answers at once with 9999.0, every profile
-// function fails without touching its outputs, and no search walks forever.
+// Every index against its slot in the physics record, and input outside the contract:
+// every index answers at once with 9999.0, every profile function fails without touching
+// its outputs, and no search walks forever.
 
 #include <cmath>
 #include <limits>
@@ -22,21 +23,22 @@ const double kInf = std::numeric_limits<double>::infinity();
 double shr06(tag_tlogp_layer* l, int n) { return Shr(l, n, 0.0, 600.0); }
 double ct2(tag_tlogp_layer* l, int n) { return CT(l, n, 2.0); }
 
-struct Named {
-  const char* name;
+// Every index with the key of its slot in the physics record ("" when it has none).
+struct Index {
+  const char* key;
   double (*f)(tag_tlogp_layer*, int);
 };
 
-const Named kIndices[] = {
-    {"SI", SI}, {"LI", LI}, {"BLI", BLI}, {"DCI", DCI}, {"SLW", SLW}, {"TT", TT},
-    {"TTmod", TTmod}, {"K", K}, {"Kmod", Kmod}, {"Kmod2", Kmod2}, {"Faust", Faust},
-    {"JI", JI}, {"mJI", mJI}, {"A", A}, {"SWEAT", SWEAT}, {"CAPE", CAPE}, {"w_cape", w_cape},
-    {"CIN", CIN}, {"w_cin", w_cin}, {"SSI", SSI}, {"SWISS00", SWISS00}, {"SWISS12", SWISS12},
-    {"BRN", BRN}, {"SRH", SRH}, {"EHI", EHI}, {"Hd0_20", Hd0_20}, {"Hd20_40", Hd20_40},
-    {"Iconve", Iconve}, {"Icondi", Icondi}, {"Icondi_conve", Icondi_conve}, {"VV", VV},
-    {"Wm", Wm}, {"Dm", Dm}, {"MDPI", MDPI}, {"sigma_S", sigma_S}, {"sigma_D", sigma_D},
-    {"sigma_L", sigma_L}, {"TQG", TQG}, {"IntQ", IntQ}, {"Teffer", Teffer},
-    {"sigma_C", sigma_C}, {"sigma_P", sigma_P}, {"Shr", shr06}, {"CT", ct2}};
+const Index kIndices[] = {
+    {"A", A}, {"Tc", Tc}, {"IQ", IntQ}, {"TT", TT}, {"LI", LI}, {"SI", SI}, {"K", K},
+    {"mK", Kmod}, {"DCI", DCI}, {"SLW", SLW}, {"Wd_D", sigma_D}, {"Wd_L", sigma_L},
+    {"Wd_S", sigma_S}, {"BLI", BLI}, {"Faust", Faust}, {"IC", Iconve}, {"ILC", Icondi_conve},
+    {"JI", JI}, {"TMJ", mJI}, {"Teffer", Teffer}, {"ChTT", TTmod}, {"mKO", Kmod2},
+    {"Shr", shr06}, {"w_cape", w_cape}, {"w_cin", w_cin}, {"Wm", Wm}, {"MDPI", MDPI},
+    {"VV", VV}, {"SWEAT", SWEAT}, {"SSI", SSI}, {"SWISS00", SWISS00}, {"SWISS12", SWISS12},
+    {"TQG", TQG}, {"SRH", SRH}, {"Dm", Dm}, {"BRN", BRN}, {"CAPE", CAPE}, {"CIN", CIN},
+    {"EHI", EHI}, {"ZH", z_t0}, {"Zm20H", z_tm20}, {"Zm30H", z_tm30}, {"Hd_020", Hd0_20},
+    {"Hd_204", Hd20_40}, {"", Icondi}, {"", ct2}};
 
 struct BadProfile {
   const char* what;
@@ -44,6 +46,7 @@ struct BadProfile {
 };
 
 const BadProfile kBadProfiles[] = {
+    {"empty", [](auto& v) { v.clear(); }},
     {"all invalid", [](auto& v) { for (auto& l : v) l.valid = false; }},
     {"unsorted", [](auto& v) { std::swap(v[3], v[10]); }},
     {"NaN temperature", [](auto& v) { v[5].t = kNaN; }},
@@ -57,28 +60,41 @@ const BadProfile kBadProfiles[] = {
     {"negative pressure aloft", [](auto& v) { v.back().p = -5.0; }}};
 
 TEST(IndicesBadInput, UnusableProfilesGiveUndefinedEverywhere) {
-  tag_tlogp_layer one = tervik::test::make_level(1000, 0, 20, 10, 180, 5);
-  for (const auto& idx : kIndices) {
-    EXPECT_EQ(idx.f(nullptr, 5), 9999.0) << idx.name;
-    EXPECT_EQ(idx.f(&one, 0), 9999.0) << idx.name;
-    EXPECT_EQ(idx.f(&one, -3), 9999.0) << idx.name;
-  }
+  for (const auto& idx : kIndices) EXPECT_EQ(idx.f(nullptr, 5), 9999.0) << idx.key;
   for (const auto& bad : kBadProfiles) {
     auto v = convective_sounding();
     bad.edit(v);
     for (const auto& idx : kIndices) {
-      // Helicity reads records by their heights and winds, not their valid flags.
+      // Helicity reads records by their heights and winds, not their valid flags; the
+      // profile functions behind the level slots take a profile as it comes.
       if (idx.f == SRH && std::string(bad.what) == "all invalid") continue;
+      if (idx.f == Tc || idx.f == z_t0 || idx.f == z_tm20 || idx.f == z_tm30) continue;
       EXPECT_EQ(idx.f(v.data(), static_cast<int>(v.size())), 9999.0)
-          << idx.name << ": " << bad.what;
+          << idx.key << ": " << bad.what;
     }
   }
   // The unedited sounding is not rejected: everything is defined but the reserved Teffer
-  // entry point under its three names and CT (its heated thermal stops below its LCL).
+  // entry point and CT (its heated thermal stops below its LCL).
   auto v = convective_sounding();
   int defined = 0;
   for (const auto& idx : kIndices) defined += idx.f(v.data(), static_cast<int>(v.size())) != 9999.0;
-  EXPECT_EQ(defined, static_cast<int>(std::size(kIndices)) - 4);
+  EXPECT_EQ(defined, static_cast<int>(std::size(kIndices)) - 2);
+}
+
+// The record finds the characteristic levels once and reuses them; every slot that has an
+// index function must still hold exactly what that function returns.
+TEST(PhysicsRecord, SlotsEqualTheirIndexFunctions) {
+  for (auto levels : {convective_sounding(), tervik::test::convective_profile()}) {
+    tag_physics_station r;
+    compute_tlogp_physics(tag_tlogp_station{7, levels}, r);
+    for (const auto& idx : kIndices) {
+      if (*idx.key == '\0') continue;
+      int k = 0;
+      while (k < 67 && idx.key != std::string(tervik_physics_table[k].key)) ++k;
+      EXPECT_EQ(idx.key, std::string(tervik_physics_table[k].key));
+      EXPECT_EQ(r.index[k], idx.f(levels.data(), static_cast<int>(levels.size()))) << idx.key;
+    }
+  }
 }
 
 // Every profile function on a profile it cannot use.
@@ -102,29 +118,27 @@ TEST(ProfileBadInput, EmptyNullInvalidAndAbsurdProfilesFailFast) {
   expect_all_fail(nullptr, 40);
   expect_all_fail(L.data(), 0);
   expect_all_fail(L.data(), -3);
-  double a = 0, b = 0;
-  EXPECT_FALSE(LFC(L.data(), 40, &a, &b, nullptr));
+  double p = 7, t = 7, td = 7;
+  EXPECT_FALSE(LFC(L.data(), 40, &p, &t, nullptr));
+  EXPECT_FALSE(pt_LCL(1000.0, 20.0, 10.0, &p, nullptr));
   // Pressures where 0.1 hPa steps vanish in rounding, or that never compare, end at once.
+  EXPECT_FALSE(pt_LCL(1e300, 20.0, 10.0, &p, &t));
+  EXPECT_FALSE(pt_LCL(kInf, 20.0, 10.0, &p, &t));
+  EXPECT_TRUE(p == 7.0 && t == 7.0);
+  EXPECT_EQ(theta_se(1e300, 20.0, 10.0), 9999.0);
+  EXPECT_EQ(t_lift2p(1e300, 20.0, 10.0, 500.0), 9999.0);
   for (double p0 : {0.0, -50.0, kNaN, 1e5, 1e300, kInf}) {
-    auto G = tervik::test::convective_profile();
+    auto G = L;
     G[0].p = p0;
-    double p = -1, t = -1, td = -1;
     EXPECT_FALSE(CCL(G.data(), 40, &p, &t)) << p0;
     EXPECT_FALSE(LFC(G.data(), 40, &p, &t, &td)) << p0;
     EXPECT_FALSE(EL(G.data(), 40, &p, &t, &td)) << p0;
     G[0].td = G[0].t;  // saturated ground air starts the LFC walk right there
     EXPECT_FALSE(LFC(G.data(), 40, &p, &t, &td)) << p0;
-    EXPECT_EQ(p, -1.0);
+    EXPECT_EQ(p, 7.0);
   }
   for (auto& l : L) l.valid = false;
   expect_all_fail(L.data(), 40);
-  double p = 7, t = 7;
-  EXPECT_FALSE(pt_LCL(1e300, 20.0, 10.0, &p, &t));
-  EXPECT_FALSE(pt_LCL(kInf, 20.0, 10.0, &p, &t));
-  EXPECT_FALSE(pt_LCL(1000.0, 20.0, 10.0, &p, nullptr));
-  EXPECT_TRUE(p == 7.0 && t == 7.0);
-  EXPECT_EQ(theta_se(1e300, 20.0, 10.0), 9999.0);
-  EXPECT_EQ(t_lift2p(1e300, 20.0, 10.0, 500.0), 9999.0);
 }
 
 }  // namespace

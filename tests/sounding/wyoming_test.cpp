@@ -55,20 +55,16 @@ bool use_mixed_layer_parcel(WyomingPage& page) {
 
 }  // namespace
 
-// Totals and K come from the same mandatory levels: they agree to the published rounding.
-// SWEAT's winds go from knots to m/s on reading and back with the 1.944 factor: half a
-// point. The Showalter parcel follows our 0.1 K-lattice pseudo-adiabat with a Poisson
-// exponent of 0.286 and comes out up to 0.45 K warmer at 500 hPa. Our precipitable water
-// takes humidity over ice below 0 deg C and as specific humidity: never above the
-// published value, at most 16 % below it.
+// TT and K agree to the published rounding; SWEAT's winds go to m/s and back with the
+// 1.944 factor; our Showalter parcel (0.1 K-lattice pseudo-adiabat, exponent 0.286) ends up
+// to 0.45 K warmer. Our precipitable water takes specific humidity over ice below 0 deg C:
+// never above the published value, at most 16 % below it.
 TEST(WyomingIndices, MandatoryLevelIndicesAndPrecipitableWaterMatchThePublishedOnes) {
   const auto ascents = all_ascents();
   if (ascents.empty()) GTEST_SKIP() << "shared soundings not available";
   struct Comparison { const char* published; double (*index)(tag_tlogp_layer*, int); double tol; };
-  const Comparison comparisons[] = {{"Totals totals index", TT, 0.006},
-                                    {"K index", K, 0.006},
-                                    {"SWEAT index", SWEAT, 0.5},
-                                    {"Showalter index", SI, 0.5}};
+  const Comparison comparisons[] = {{"Totals totals index", TT, 0.006}, {"K index", K, 0.006},
+                                    {"SWEAT index", SWEAT, 0.5}, {"Showalter index", SI, 0.5}};
   int compared[5] = {0, 0, 0, 0, 0};
   for (auto a : ascents) {
     auto& page = a.page;
@@ -92,9 +88,8 @@ TEST(WyomingIndices, MandatoryLevelIndicesAndPrecipitableWaterMatchThePublishedO
   for (int k = 0; k < 5; ++k) EXPECT_GE(compared[k], 55) << k;
 }
 
-// Norman, 4 May 1999 00 UTC: the page lifts the lowest 500 m's mean parcel, we the ground
-// level, 0.6 K cooler in potential temperature and 0.8 g/kg moister; its LCL is about
-// 20 hPa lower, its CAPE about 10 % higher and its LFC about 10 hPa lower.
+// Norman, 4 May 1999 00 UTC: our ground parcel is 0.6 K cooler and 0.8 g/kg moister than
+// the published 500 m mean parcel, so its LCL and LFC lie lower and its CAPE is higher.
 TEST(WyomingIndices, ParcelQuantitiesOfTheNormanOutbreakSounding) {
   TERVIK_REQUIRE_SHARED_DATA(path, "soundings_wyoming/siphon_extracted/wyoming_sounding.html");
   auto page = tervik::test::read_wyoming_page(path);
@@ -118,15 +113,13 @@ TEST(WyomingAscents, MixedLayerParcelReachesThePublishedLclAndIsNeutralAtItsLfc)
     const int n = static_cast<int>(L.size());
     double p_lcl = 0, t_lcl = 0, p, t, td;
     ASSERT_TRUE(LCL(L.data(), n, &p_lcl, &t_lcl)) << a.name;
-    // Below 0 deg C our saturation is over ice, which saturates sooner: our LCL is warmer,
-    // by up to 1.4 K near -10 deg C, never colder beyond the published rounding.
+    // Ice saturates sooner: below 0 deg C our LCL is warmer, by up to 1.4 K near -10.
     const double d = t_lcl + 273.15 - a.page.indices[kLclT];
     dt.push_back(std::fabs(d));
     EXPECT_TRUE(d >= -0.1 && d <= 1.5) << d << " " << a.name;
     EXPECT_NEAR(p_lcl, a.page.indices[kLclP], 15.0) << a.name;
     if (!a.page.has(kLfc)) continue;
-    // Parcel and environment often cross at a shallow angle: compare temperatures at the
-    // published LFC (the LCL difference plus the 0.05 K bisection error).
+    // Parcel and environment cross at a shallow angle: compare temperatures there.
     ASSERT_TRUE(LFC(L.data(), n, &p, &t, &td)) << a.name;
     const double p_pub = a.page.indices[kLfc];
     double te, td_e;
