@@ -11,17 +11,10 @@
 
 namespace tervik::test {
 
+// One record; a missing wind is 9999.0.
 inline tag_tlogp_layer make_level(double p, double z, double t, double td, double dir = 9999.0,
                                   double speed = 9999.0, bool valid = true) {
-  tag_tlogp_layer l;
-  l.valid = valid;
-  l.p = p;
-  l.z = z;
-  l.t = t;
-  l.td = td;
-  l.wind_dir = dir;
-  l.wind_speed = speed;
-  return l;
+  return {valid, p, z, t, td, dir, speed};
 }
 
 // A warm-season convective sounding of 40 levels from 1000 to 100 hPa: a moist surface

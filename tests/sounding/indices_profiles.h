@@ -59,8 +59,7 @@ inline std::vector<tag_tlogp_layer> weisman_klemp(double dz = 400.0, double top 
     const double speed = std::hypot(ue, vn);
     double dir = std::atan2(ue, vn) * 57.29577951308232 + 180.0;
     if (dir > 360.0) dir -= 360.0;
-    // Round the pressure to 0.01 hPa like an archived sounding, and put the mandatory
-    // levels in exactly by interpolation below.
+    // Pressure rounded to 0.01 hPa like an archived sounding.
     out.push_back(make_level(std::round(p * 100.0) / 100.0, z, t, td, dir, speed));
   }
   return out;

@@ -52,11 +52,9 @@ TEST(LiftingCondensationLevel, MoistureCapacityCrossesOnTheTenthHectopascalLatti
     const double bolton = 1.0 / (1.0 / (Tdk - 56.0) + std::log(T / Tdk) / 800.0) + 56.0;
     EXPECT_NEAR(t_lcl + 273.15, bolton, 0.4) << c.t << " " << c.td;
   }
-  // Saturated air is its own LCL.
   double p = -1, t = -1;
   ASSERT_TRUE(pt_LCL(850.0, 12.5, 12.5, &p, &t));
-  EXPECT_EQ(p, 850.0);
-  EXPECT_EQ(t, 12.5);
+  EXPECT_TRUE(p == 850.0 && t == 12.5);  // saturated air is its own LCL
 }
 
 TEST(PseudoAdiabat, RoundTripsWithinTheBisectionAndTakesOverAtTheLcl) {
@@ -86,7 +84,6 @@ TEST(Bisections, ElevenHalvingsForTheAdiabatFifteenForIsoHumidity) {
     EXPECT_EQ(std::fmod(k, 2.0), 1.0) << target;
   }
   EXPECT_EQ(t_wet_adiabat(850.0, 1e6), 100.0 - step);
-  EXPECT_EQ(t_wet_adiabat(850.0, -1e6), -100.0 + step);
   // Below E(0) hPa the first trial's dry-air pressure is negative: the NaN comparison
   // moves the lower end every time.
   EXPECT_EQ(t_wet_adiabat(6.1, 40.0), 100.0 - step);
@@ -98,14 +95,12 @@ TEST(Bisections, ElevenHalvingsForTheAdiabatFifteenForIsoHumidity) {
       EXPECT_NEAR(t_iso_humidity(p, q(p, t)), t, 0.01) << p << " " << t;
     }
   }
-  EXPECT_EQ(t_iso_humidity(1000.0, 0.0), 9999.0);
   EXPECT_EQ(t_iso_humidity(2000.0, q(2000.0, 100.0) * 1.01), 9999.0);  // beyond 100 deg C
 }
 
 TEST(EnergyTemperatures, ConservedByAnUnsaturatedParcelRisingDryAdiabatically) {
-  // Lift ground air to 850 hPa on its dry adiabat, its height from the hypsometric
-  // equation: dry static energy (Td without wind) is conserved, and with its humidity kept
-  // (the dew point aloft from t_iso_humidity, 0.01 K) so is the moist one (Tsigma).
+  // Ground air lifted to 850 hPa on its dry adiabat (height from the hypsometric equation)
+  // keeps its dry static energy (Td) and, with its humidity, its moist one (Tsigma).
   const double p1 = 1000.0, t1 = 24.0, td1 = 12.0, z1 = 110.0, p2 = 850.0;
   const double t2 = t_dry_adiabat(p2, theta(p1, t1));
   const double T1 = t1 + 273.15, T2 = t2 + 273.15;
@@ -114,7 +109,6 @@ TEST(EnergyTemperatures, ConservedByAnUnsaturatedParcelRisingDryAdiabatically) {
   EXPECT_NEAR(Td(p2, t2, z2, 0.0), Td(p1, t1, z1, 0.0), 1e-9);
   const double td2 = t_iso_humidity(p2, q(p1, td1));
   EXPECT_NEAR(Tsigma(p2, t2, td2, z2), Tsigma(p1, t1, td1, z1), 0.01);
-  EXPECT_EQ(Tsigmas(p1, t1, -99.0, z1), Tsigma(p1, t1, t1, z1));  // saturated: td ignored
   // cp times 273.15 is the machine product; the decimal literal is one ulp higher.
   EXPECT_EQ(Esd(0.0, 0.0), 1004.842 * 273.15);
   EXPECT_NE(Esd(0.0, 0.0), 274472.5923);
@@ -136,7 +130,6 @@ TEST(WindDirection, MeteorologicalConventionWithTheTruncatedDegreeFactor) {
   // 180 * 0.017453292519943 falls 5.3e-14 short of pi: a northerly keeps an eastward
   // component that the full-precision factor would not give.
   EXPECT_NEAR(u(1.0, 0.0), -(M_PI - 180.0 * 0.017453292519943), 1e-15);
-  EXPECT_GT(std::fabs(u(1.0, 0.0)), 1e-14);
   for (int d = 0; d <= 360; ++d) {
     double s = -1, dir = -1;
     uv2magdir(u(7.0, d), v(7.0, d), &s, &dir);

@@ -22,6 +22,7 @@ struct WyomingPage {
   // height or wind is 9999.0. Speeds are converted from knots to m/s.
   std::vector<tag_tlogp_layer> layers;
   std::map<std::string, double> indices;  // e.g. "Level of Free Convection"
+  std::string path;
 
   bool has(const std::string& key) const { return indices.count(key) != 0; }
 };
@@ -37,6 +38,7 @@ inline bool wyoming_column(const std::string& row, int k, double& value) {
 // Parses the page at `path`; an empty page (no layers) when it cannot be read.
 inline WyomingPage read_wyoming_page(const std::string& path) {
   WyomingPage page;
+  page.path = path;
   std::stringstream buffer;
   buffer << std::ifstream(path).rdbuf();
   const std::string text = buffer.str();
