@@ -1,5 +1,5 @@
 // Stability indices on soundings built so that each can be worked out by hand: the CAPE
-// and CIN areas, lifted parcels, reported-level indices, columns, shear and helicity.
+// and CIN areas, lifted parcels, reported-level indices, shear and helicity.
 
 #include <cmath>
 #include <vector>
@@ -8,7 +8,7 @@
 
 #include <tervik/sounding.h>
 
-#include "sounding/indices_profiles.h"
+#include "sounding/convective_profile.h"
 
 namespace {
 
@@ -42,15 +42,13 @@ std::vector<tag_tlogp_layer> mandatory_profile() {
           make_level(500, 5600, -10, -20, 250, 25), make_level(300, 9200, -40, -50, 260, 35)};
 }
 
-// 6.5 K per km from 15 deg C at 200 m, levels every 100 m to 12 km, a westerly growing
-// by `per_km` m/s per km from 5 m/s at the ground.
-std::vector<tag_tlogp_layer> standard_lapse(double per_km = 1.0) {
+// Isothermal levels every 100 m from the ground at 200 m to 8200 m (density falls with
+// pressure alone), a westerly growing by `per_km` m/s per km from 5 m/s at the ground.
+std::vector<tag_tlogp_layer> westerly_shear(double per_km) {
   std::vector<tag_tlogp_layer> v;
-  for (double z = 200.0; z <= 12000.0; z += 100.0) {
-    const double t = 15.0 - 0.0065 * (z - 200.0);
-    v.push_back(make_level(1013.25 * std::pow(1.0 - 0.0065 * z / 288.15, 5.2559), z, t, t - 4.0,
-                           270.0, 5.0 + per_km * (z - 200.0) / 1000.0));
-  }
+  for (double z = 200.0; z <= 8200.0; z += 100.0)
+    v.push_back(make_level(1000.0 * std::exp(-(z - 200.0) / 8000.0), z, 10.0, 0.0, 270.0,
+                           5.0 + per_km * (z - 200.0) / 1000.0));
   return v;
 }
 
@@ -84,8 +82,7 @@ TEST(Cape, SingleBuoyantStepContributesNothing) {
 }
 
 TEST(LiftedIndices, ParcelsFromTheGroundFrom850AndEveryFiftyHectopascals) {
-  // A warm moist ground under a cold 500 hPa level; equal dew points at 850, 700 and
-  // 500 hPa make Faust's mean-dew-point parcel the Showalter one.
+  // Warm moist ground, cold 500 hPa; equal 850/700/500 dew points make Faust's parcel SI's.
   std::vector<tag_tlogp_layer> v{
       make_level(1000, 100, 28, 22, 180, 5),  make_level(950, 540, 25, 20, 185, 6),
       make_level(900, 990, 22, 18, 190, 7),   make_level(850, 1460, 19, 15, 200, 10),
@@ -96,31 +93,14 @@ TEST(LiftedIndices, ParcelsFromTheGroundFrom850AndEveryFiftyHectopascals) {
   EXPECT_LT(si, 0.0);
   EXPECT_LT(li, si);  // the ground parcel is warmer and moister than the 850 hPa one
   EXPECT_DOUBLE_EQ(call(Faust, v), -12.0 - si);
-  // Record 1 is the Jefferson index's low level whatever its pressure, as if saturated.
-  EXPECT_DOUBLE_EQ(call(JI, v), 1.6 * theta_se_s(950.0, 25.0) + 12.0 - 11.0);
   // Only the parcel at 1000 - 50 hPa is moist: a BLI from fixed levels would miss it.
   for (auto& l : v) l.td = l.t - 25.0;
   v[1].td = v[1].t;
   EXPECT_DOUBLE_EQ(call(BLI, v), -12.0 - t_lift2p(950.0, 25.0, 25.0, 500.0));
-  v[1].valid = false;  // JI does not skip to the next valid record
-  EXPECT_EQ(call(JI, v), 9999.0);
   std::vector<tag_tlogp_layer> high(v.begin() + 6, v.end());  // ground at 600 hPa
   EXPECT_EQ(call(BLI, high), 1000.0);
   high[1].p = 501.0;  // no 500 hPa level: the lookup comes before the ground test
   EXPECT_EQ(call(BLI, high), 9999.0);
-}
-
-TEST(ConvectiveTrigger, HeatedThermalCondensesAtItsOwnLcl) {
-  // A dry-adiabatic layer up to 700 hPa under warm air: a heated thermal rises to its LCL,
-  // which the 1 hPa search finds within a step; unheated air is no thermal.
-  std::vector<tag_tlogp_layer> v;
-  for (double p = 1000.0; p >= 700.0; p -= 25.0)
-    v.push_back(make_level(p, 9999.0, t_dry_adiabat(p, 25.0), 10.0));
-  v.push_back(make_level(600.0, 9999.0, 5.0, -20.0));
-  double p_lcl = 0.0, t_lcl = 0.0;
-  pt_LCL(1000.0, 26.0, 10.0, &p_lcl, &t_lcl);
-  EXPECT_NEAR(CT(v.data(), static_cast<int>(v.size()), 1.0), 1000.0 - p_lcl, 1.0);
-  EXPECT_EQ(CT(v.data(), static_cast<int>(v.size()), 0.0), 9999.0);
 }
 
 TEST(TotalsIndices, HandWorkedValuesFromExactlyReportedLevels) {
@@ -142,9 +122,9 @@ TEST(TotalsIndices, HandWorkedValuesFromExactlyReportedLevels) {
   v[2].p = 850.5;  // a near miss is not 850 hPa
   for (auto f : {TT, K, A, TTmod, Kmod2, SWEAT}) EXPECT_EQ(call(f, v), 9999.0);
   v = mandatory_profile();
-  v[3].valid = false;  // 700 hPa present but not valid
-  for (auto f : {K, A, Kmod, Kmod2}) EXPECT_EQ(call(f, v), 9999.0);
-  EXPECT_EQ(call(TT, v), 55.0);  // TT does not need 700 hPa
+  v[3].valid = false;  // 700 hPa present but not valid: K needs it, TT does not
+  EXPECT_EQ(call(K, v), 9999.0);
+  EXPECT_EQ(call(TT, v), 55.0);
 }
 
 TEST(Sweat, TermsSwitchOnTheirThresholds) {
@@ -153,10 +133,8 @@ TEST(Sweat, TermsSwitchOnTheirThresholds) {
   struct Case { const char* what; double td850, dd850, ff850, dd500, veer; };
   const Case cases[] = {{"dry 850: no dew-point or totals term", -1.0, 200, 10, 250, 50},
                         {"moist 850 and TT 55", 15.0, 200, 10, 250, 50},
-                        {"no veering", 15.0, 250, 10, 250, -1},
                         {"850 wind below 15 kt", 15.0, 200, 7.7, 250, -1},
                         {"850 direction outside 130-250", 15.0, 120, 10, 250, -1},
-                        {"500 direction outside 210-310", 15.0, 200, 10, 320, -1},
                         {"slight veering still adds the base term", 15.0, 249, 10, 250, 1}};
   for (const auto& c : cases) {
     auto v = mandatory_profile();
@@ -170,44 +148,27 @@ TEST(Sweat, TermsSwitchOnTheirThresholds) {
   }
 }
 
-TEST(ColumnIndices, IsothermDepthsAndTheMoistureColumn) {
-  auto v = standard_lapse();
-  EXPECT_NEAR(call(Hd0_20, v), 20.0 / 0.0065, 1e-6);  // 20 K at 6.5 K/km
-  EXPECT_NEAR(call(Hd20_40, v), 20.0 / 0.0065, 1e-6);
-  // Records without a height or not valid are passed over as if absent.
-  auto gappy = v, removed = v;
-  gappy[4].z = 9999.0;
-  gappy[9].valid = false;
-  removed.erase(removed.begin() + 9);
-  removed.erase(removed.begin() + 4);
-  EXPECT_DOUBLE_EQ(call(IntQ, gappy), call(IntQ, removed));
-  for (auto& l : v) l.t -= 20.0;  // a ground colder than 0 deg C has no 0 deg C crossing
-  EXPECT_EQ(call(Hd0_20, v), 9999.0);
-  EXPECT_NE(call(Hd20_40, v), 9999.0);
-}
-
 TEST(BulkShear, LinearProfileGivesJustUnderHalfTheEndDifference) {
   // A linear wind's layer mean lies halfway; weighting by density (higher near the
   // bottom) pulls it towards the bottom wind. The mean is linear in the winds.
-  auto v = standard_lapse(4.0), half = standard_lapse(2.0);
+  auto v = westerly_shear(4.0), half = westerly_shear(2.0);
   const int n = static_cast<int>(v.size());
-  const double shr = Shr(v.data(), n, 1200.0, 5200.0);  // 16 m/s across the layer
+  const double shr = Shr(v.data(), n, 1000.0, 5000.0);  // 16 m/s across the layer
   EXPECT_TRUE(shr > 7.0 && shr < 8.0) << shr;
-  EXPECT_NEAR(Shr(half.data(), n, 1200.0, 5200.0), shr / 2.0, 1e-9);
+  EXPECT_NEAR(Shr(half.data(), n, 1000.0, 5000.0), shr / 2.0, 1e-9);
   // A bottom below the ground means the ground; the top must lie inside the profile.
   EXPECT_EQ(Shr(v.data(), n, 0.0, 3000.0), Shr(v.data(), n, 200.0, 3000.0));
-  EXPECT_EQ(Shr(v.data(), n, 0.0, 12500.0), 9999.0);
+  EXPECT_EQ(Shr(v.data(), n, 0.0, 9000.0), 9999.0);
   EXPECT_EQ(Shr(v.data(), n, 3000.0, 3000.0), 9999.0);
   // An unstable column without shear: nothing to divide its CAPE by.
   auto c = tervik::test::convective_sounding();
   for (auto& l : c) l.wind_dir = 250.0;
   for (auto& l : c) l.wind_speed = 12.0;
-  ASSERT_NE(call(CAPE, c), 9999.0);
   EXPECT_EQ(call(BRN, c), 9999.0);
   EXPECT_EQ(call(SSI, c), 9999.0);
 }
 
-TEST(WindIndices, HelicityOfAVeeringWindAndTheReportedLevelDifference) {
+TEST(Helicity, VeeringWindAgainstAStillStormIsPositive) {
   // No wind between 400 and 850 hPa, so the storm stands still; the wind veers from
   // southerly to westerly at 10 m/s in the lowest 300 m: the helicity is 10 x 10.
   std::vector<tag_tlogp_layer> v{
@@ -217,14 +178,6 @@ TEST(WindIndices, HelicityOfAVeeringWindAndTheReportedLevelDifference) {
   EXPECT_NEAR(call(SRH, v), 100.0, 1e-9);
   v[0].wind_dir = 0.0;  // backing instead turns the sign
   EXPECT_NEAR(call(SRH, v), -100.0, 1e-9);
-  // TQG: 300 hPa is not reported, so sampled linearly in pressure halfway (30 m/s); a
-  // reported level's wind is used as it stands.
-  std::vector<tag_tlogp_layer> w{
-      make_level(1000, 100, 20, 10, 270, 5), make_level(850, 1500, 12, 5, 270, 10),
-      make_level(400, 7200, -25, -35, 270, 20), make_level(200, 11800, -55, -65, 270, 40)};
-  EXPECT_NEAR(call(TQG, w), 20.0 * 20.0, 1e-9);
-  w[1].wind_speed = 9999.0;
-  EXPECT_GT(call(TQG, w), 1e7);
 }
 
 }  // namespace

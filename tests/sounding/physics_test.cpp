@@ -1,5 +1,5 @@
-// The physics record: its key table (order, GBK labels, unit scales), the slots it fills
-// from one pass over a sounding, the batch driver and the text report.
+// The physics record: its key table (order, GBK labels, unit scales), the batch driver
+// that fills one record per sounding, and the text report.
 
 #include <cstdio>
 #include <fstream>
@@ -12,16 +12,10 @@
 #include <tervik/records.h>
 #include <tervik/sounding.h>
 
-#include "sounding/indices_profiles.h"
+#include "sounding/convective_profile.h"
 #include "support/paths.h"
 
 namespace {
-
-tag_physics_station computed(const std::vector<tag_tlogp_layer>& levels, int station = 7) {
-  tag_physics_station r;
-  compute_tlogp_physics(tag_tlogp_station{station, levels}, r);
-  return r;
-}
 
 TEST(PhysicsTable, KeysInReportOrderGbkLabelsAndUnitScales) {
   std::istringstream expected(
@@ -50,11 +44,19 @@ TEST(PhysicsTable, KeysInReportOrderGbkLabelsAndUnitScales) {
   for (k = 0; k < 68; ++k) EXPECT_EQ(tervik_physics_unit[k], k < n_lead ? lead[k] : 0.0) << k;
 }
 
-TEST(PhysicsRecord, CharacteristicLevelsFillTheirSlotsAndTheLevelArray) {
+TEST(PhysicsDriver, OneRecordPerSelectedSoundingWithItsCharacteristicLevels) {
   auto v = tervik::test::convective_sounding();
   const int n = static_cast<int>(v.size());
-  const tag_physics_station r = computed(v, 72357);
-  EXPECT_EQ(r.header[0], 72357);
+  tag_tervik_data5 data;
+  data.soundings = {{101, v}, {202, v}};
+  data.sounding_count = 4;  // a count beyond the sequence is not followed
+  std::vector<tag_physics_station> out(9);  // emptied first
+  create_tlogp_physics(data, out, 202);
+  ASSERT_EQ(out.size(), 2u);
+  EXPECT_EQ(out[0].header[0], 0);  // not selected: left in its initial state
+  EXPECT_EQ(out[0].index[3], 9999.0);  // TT
+  const tag_physics_station& r = out[1];
+  EXPECT_EQ(r.header[0], 202);
   double p = 0, t = 0, td = 0;
   ASSERT_TRUE(EL(v.data(), n, &p, &t, &td));
   EXPECT_EQ(r.index[55], p);  // ELC_P
@@ -64,27 +66,11 @@ TEST(PhysicsRecord, CharacteristicLevelsFillTheirSlotsAndTheLevelArray) {
   EXPECT_LT(r.levels[2].z, r.levels[3].z);
   // The net LFC-EL area of a sounding without mid-level dry pockets is its CAPE.
   EXPECT_NEAR(r.index[46], r.index[42], 0.02 * r.index[42]);  // WCAPE, CAPE
-  for (auto levels : {std::vector<tag_tlogp_layer>{}, std::vector<tag_tlogp_layer>(3)}) {
-    const tag_physics_station u = computed(levels, 5);  // nothing usable
-    for (double i : u.index) EXPECT_EQ(i, 9999.0);
-    for (const auto& l : u.levels) EXPECT_FALSE(l.valid);
-  }
-}
-
-TEST(PhysicsDriver, OneEntryPerSoundingComputedWhenSelected) {
-  tag_tervik_data5 data;
-  data.soundings = {{101, tervik::test::convective_sounding()},
-                    {202, tervik::test::convective_sounding()}};
-  data.sounding_count = 4;  // a count beyond the sequence is not followed
-  std::vector<tag_physics_station> out(9);  // emptied first
-  create_tlogp_physics(data, out, 202);
-  ASSERT_EQ(out.size(), 2u);
-  EXPECT_EQ(out[0].header[0], 0);
-  EXPECT_EQ(out[0].index[3], 9999.0);  // TT
-  EXPECT_EQ(out[1].header[0], 202);
-  EXPECT_NE(out[1].index[3], 9999.0);
+  data.soundings[1].layers.assign(3, tag_tlogp_layer{});  // nothing usable
   create_tlogp_physics(data, out, 0);  // station 0 selects every sounding
   EXPECT_NE(out[0].index[3], 9999.0);
+  for (double x : out[1].index) EXPECT_EQ(x, 9999.0);
+  for (const auto& l : out[1].levels) EXPECT_FALSE(l.valid);
   data.sounding_count = -2;
   create_tlogp_physics(data, out, 0);
   EXPECT_TRUE(out.empty());
@@ -104,7 +90,7 @@ TEST(PhysicsReport, WritesOneFormattedLinePerKey) {
   for (std::string line; std::getline(text, line);) all.push_back(line);
   ASSERT_EQ(all.size(), 68u);
   EXPECT_EQ(all[0], "        A       1.2346");
-  EXPECT_EQ(all[1], "       Tc    9999.0000");
+  EXPECT_EQ(all[36], "  SWISS00    9999.0000");
   EXPECT_EQ(all[42], "     CAPE   -1234.5000");
   EXPECT_EQ(all[67], "   Hd_204 123456789.0000");
   // A null path writes the same text to standard output.

@@ -126,21 +126,6 @@ TEST(ConvectiveProfile, ElIsTheLastBuoyantStepOnTheLatchParity) {
   EXPECT_TRUE(seen_odd && seen_even);
 }
 
-TEST(ConvectiveProfile, ParcelAsWarmAsTheGroundAirIsItsOwnLfcAndNeverBuoyant) {
-  // Saturated ground air at a midpoint of the pseudo-adiabat's last bisection bracket:
-  // the parcel equals the environment there. An inversion above keeps it from ever being
-  // buoyant: EL succeeds without writing.
-  const double t0 = -100.0 + 2253.0 * (200.0 / 4096.0);  // 10.009765625
-  std::vector<tag_tlogp_layer> L = {make_level(950.0, 500.0, t0, t0),
-                                    make_level(800.0, 1900.0, 14.0, 0.0),
-                                    make_level(600.0, 4300.0, 12.0, -20.0)};
-  double p = 0, t = 0, td = 0, p_el = -1;
-  ASSERT_TRUE(LFC(L.data(), 3, &p, &t, &td));
-  EXPECT_TRUE(p == 950.0 && t == t0 && td == t0);
-  EXPECT_TRUE(EL(L.data(), 3, &p_el, &t, &td));
-  EXPECT_EQ(p_el, -1.0);
-}
-
 TEST(ConvectiveCondensation, EnvironmentMeetsTheGroundMoistureLine) {
   auto L = convective_profile();
   const int n = static_cast<int>(L.size());

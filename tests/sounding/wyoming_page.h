@@ -17,9 +17,8 @@
 namespace tervik::test {
 
 struct WyomingPage {
-  // One record per table row, in page order. A row without pressure, temperature or dew
-  // point (levels below ground carry a height only) is an invalid record; a missing
-  // height or wind is 9999.0. Speeds are converted from knots to m/s.
+  // One record per table row. A row without pressure, temperature or dew point (levels
+  // below ground carry a height only) is invalid; a missing height or wind is 9999.0.
   std::vector<tag_tlogp_layer> layers;
   std::map<std::string, double> indices;  // e.g. "Level of Free Convection"
   std::string path;
@@ -27,12 +26,11 @@ struct WyomingPage {
   bool has(const std::string& key) const { return indices.count(key) != 0; }
 };
 
-// The number in columns [7 k, 7 k + 7) of a table row, or false when blank.
-inline bool wyoming_column(const std::string& row, int k, double& value) {
-  const std::string cell = row.size() > 7u * k ? row.substr(7 * k, 7) : "";
+// Parses the number at the start of `text` into `value`, or returns false.
+inline bool parse_number(const std::string& text, double& value) {
   char* end = nullptr;
-  value = std::strtod(cell.c_str(), &end);
-  return end != cell.c_str();
+  value = std::strtod(text.c_str(), &end);
+  return end != text.c_str();
 }
 
 // Parses the page at `path`; an empty page (no layers) when it cannot be read.
@@ -47,36 +45,26 @@ inline WyomingPage read_wyoming_page(const std::string& path) {
   std::istringstream rows(text.substr(table + 5, table_end - table - 5));
   int dashes = 0;
   for (std::string row; std::getline(rows, row);) {
-    if (row.rfind("-----", 0) == 0) {
-      ++dashes;
+    dashes += row.rfind("-----", 0) == 0;
+    if (dashes < 2 || row.rfind("-----", 0) == 0 || row.find_first_not_of(' ') == row.npos)
       continue;
-    }
-    if (dashes < 2 || row.find_first_not_of(' ') == std::string::npos) continue;
-    tag_tlogp_layer l;
-    double p, z, t, td, dir, knots;
-    const bool has_p = wyoming_column(row, 0, p), has_t = wyoming_column(row, 2, t);
-    const bool has_td = wyoming_column(row, 3, td);
-    l.valid = has_p && has_t && has_td;
-    if (has_p) l.p = p;
-    if (has_t) l.t = t;
-    if (has_td) l.td = td;
-    if (wyoming_column(row, 1, z)) l.z = z;
-    if (wyoming_column(row, 6, dir) && wyoming_column(row, 7, knots)) {
-      l.wind_dir = dir;
-      l.wind_speed = knots * 0.514444;
-    }
-    page.layers.push_back(l);
+    double x[8];  // the first eight columns; speeds go from knots to m/s
+    bool has[8];
+    for (int k = 0; k < 8; ++k)
+      has[k] = parse_number(row.size() > 7u * k ? row.substr(7 * k, 7) : "", x[k]);
+    page.layers.push_back({has[0] && has[2] && has[3], has[0] ? x[0] : 9999.0,
+                           has[1] ? x[1] : 9999.0, has[2] ? x[2] : 9999.0, has[3] ? x[3] : 9999.0,
+                           has[6] && has[7] ? x[6] : 9999.0,
+                           has[6] && has[7] ? x[7] * 0.514444 : 9999.0});
   }
   const size_t info = text.find("<PRE>", table_end);
   if (info == std::string::npos) return page;
   std::istringstream lines(text.substr(info + 5, text.find("</PRE>", info) - info - 5));
   for (std::string line; std::getline(lines, line);) {
     const size_t colon = line.rfind(':'), start = line.find_first_not_of(' ');
-    if (colon == std::string::npos) continue;
-    const std::string rest = line.substr(colon + 1);
-    char* end = nullptr;
-    const double value = std::strtod(rest.c_str(), &end);
-    if (end != rest.c_str()) page.indices[line.substr(start, colon - start)] = value;
+    double value;
+    if (colon != line.npos && parse_number(line.substr(colon + 1), value))
+      page.indices[line.substr(start, colon - start)] = value;
   }
   return page;
 }

@@ -11,7 +11,7 @@
 
 #include <tervik/sounding.h>
 
-#include "sounding/indices_profiles.h"
+#include "sounding/convective_profile.h"
 #include "sounding/wyoming_page.h"
 #include "support/paths.h"
 
