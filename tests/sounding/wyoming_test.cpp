@@ -34,10 +34,9 @@ std::vector<WyomingPage> all_pages() {
   return out;
 }
 
-// TT and K agree to the published rounding; SWEAT's winds go to m/s and back with the
-// 1.944 factor; our Showalter parcel (0.1 K-lattice pseudo-adiabat, exponent 0.286) ends up
-// to 0.45 K warmer. Our precipitable water takes specific humidity over ice below 0 deg C:
-// never above the published value, at most 16 % below it.
+// TT and K agree to the published rounding, SWEAT to the knot factor's; our Showalter
+// parcel (0.1 K-lattice pseudo-adiabat, exponent 0.286) is up to 0.45 K warmer. Our
+// precipitable water (specific humidity, over ice below 0 deg C) is up to 16 % lower.
 TEST(WyomingIndices, MandatoryLevelIndicesAndPrecipitableWaterMatchThePublishedOnes) {
   const auto pages = all_pages();
   if (pages.empty()) GTEST_SKIP() << "shared soundings not available";
@@ -81,9 +80,8 @@ TEST(WyomingIndices, ParcelQuantitiesOfTheNormanOutbreakSounding) {
   EXPECT_TRUE(r.index[53] > pub.at(kLclP) && r.index[53] < pub.at(kLclP) + 25.0);
 }
 
-// The published LCL and LFC belong to the mean parcel of the lowest 500 m, whose potential
-// temperature and mixing ratio the page prints: the first valid level gets that parcel's
-// temperature and dew point, so that both sides lift the same air.
+// The published LCL and LFC lift the mean parcel of the lowest 500 m, printed on the page:
+// the first valid level gets that parcel's temperature and dew point.
 TEST(WyomingAscents, MixedLayerParcelReachesThePublishedLclAndIsNeutralAtItsLfc) {
   std::vector<double> dt;
   int lfcs = 0;
@@ -92,7 +90,8 @@ TEST(WyomingAscents, MixedLayerParcelReachesThePublishedLclAndIsNeutralAtItsLfc)
     const auto first = std::find_if(L.begin(), L.end(), [](auto& l) { return l.valid; });
     if (!page.has(kLclT) || first == L.end()) continue;
     const double r = page.indices["Mean mixed layer mixing ratio"] / 1000.0;
-    first->t = t_dry_adiabat(first->p, page.indices["Mean mixed layer potential temperature"] - 273.15);
+    const double theta_ml = page.indices["Mean mixed layer potential temperature"] - 273.15;
+    first->t = t_dry_adiabat(first->p, theta_ml);
     first->td = tervik::test::dew_point_of(first->p * r / (0.622 + r));
     const int n = static_cast<int>(L.size());
     double p_lcl = 0, t_lcl = 0, p, t, td, te;
