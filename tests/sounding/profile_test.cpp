@@ -53,7 +53,7 @@ TEST(ProfileLookup, ExactLevelsAndTheAnchorsOfEachInterpolation) {
   EXPECT_NEAR(z_t0(L.data(), 5), 3100.0 + 2600.0 * 12.0 / 32.0, 1e-9);
   EXPECT_NEAR(interpolate_p_at_t(L.data(), 5, 11.0), 865.0, 1e-9);
   // A layer sample is linear in pressure over the levels that have a wind.
-  L[2].wind_speed = 9999.0;
+  L[2].wind_speed = 9999.0;  // so 850 hPa does not count
   const layer_sample s = interpolate_layer_at_p(L.data(), 5, 850.0);
   EXPECT_NEAR(s.wind_dir, 180.0 + 70.0 * 0.5, 1e-12);
   EXPECT_NEAR(interpolate_layer_at_z(L.data(), 5, 100.0 + 3000.0 * 0.5).p, 850.0, 1e-9);
