@@ -47,7 +47,7 @@ inline WyomingPage read_wyoming_page(const std::string& path) {
     dashes += row.rfind("-----", 0) == 0;
     if (dashes < 2 || row.rfind("-----", 0) == 0 || row.find_first_not_of(' ') == row.npos)
       continue;
-    double x[8];  // the first eight columns; speeds go from knots to m/s
+    double x[8] = {};  // the first eight columns; speeds go from knots to m/s
     bool has[8];
     for (int k = 0; k < 8; ++k)
       has[k] = parse_number(row.size() > 7u * k ? row.substr(7 * k, 7) : "", x[k]);
