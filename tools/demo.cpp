@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "commands.h"
+#include "progress.h"
 
 namespace tervik::cli {
 
@@ -63,8 +64,13 @@ int cmd_demo(const Args& args) {
   const std::string data = data_dir();
   const std::string o = out + "/";
 
-  int failures = 0;
-  auto run = [&](int status) { failures += status != 0; };
+  int failures = 0, done = 0;
+  constexpr int kProducts = 12;  // the run() calls below
+  Progress progress("demo");
+  auto run = [&](int status) {
+    failures += status != 0;
+    progress.update(++done, kProducts);
+  };
 
   run(cmd_contour({data + "/z500.grid", "--fill", "-o", o + "z500-contours.geojson", "--svg",
                    o + "z500-contours.svg"}));

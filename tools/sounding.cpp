@@ -10,6 +10,7 @@
 #include <tervik/sounding.h>
 
 #include "commands.h"
+#include "progress.h"
 #include "formats/sounding_file.h"
 #include "pictures.h"
 
@@ -79,8 +80,14 @@ int cmd_sounding(const Args& args) {
     if (!drawn) return fail(input + ": no station " + std::to_string(station));
   }
 
-  std::vector<tag_physics_station> records;
-  create_tlogp_physics(soundings, records, 0);
+  // Every station is computed, as create_tlogp_physics does for station 0, one at a time so
+  // that a long file shows its progress.
+  std::vector<tag_physics_station> records(soundings.soundings.size());
+  Progress progress("sounding");
+  for (size_t k = 0; k < records.size(); ++k) {
+    compute_tlogp_physics(soundings.soundings[k], records[k]);
+    progress.update(k + 1, records.size());
+  }
   const std::string report = report_text(soundings, records);
   if (output.empty()) {
     std::fputs(report.c_str(), stdout);

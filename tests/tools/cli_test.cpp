@@ -191,15 +191,22 @@ TEST(Program, EnsembleMeanIsTheLibrarysMean) {
   EXPECT_STREQ(got.description, expected.description);
 }
 
-TEST(Program, DemoWritesEveryProduct) {
+TEST(Program, DemoWritesEveryProductAndEveryPictureDraws) {
   const std::string dir = scratch_dir() + "/demo";
   const auto r = run_program(kProgram, {"--quiet", "demo", dir});
   ASSERT_EQ(r.status, 0) << r.err;
-  for (const char* f : {"z500-contours.geojson", "z500-contours.svg", "wind850-streamlines.svg",
-                        "slp-cressman.grid", "slp-cressman-hq.svg", "slp-barnes.geojson", "slp-surface-fit.grid",
-                        "vorticity850.grid", "sounding-report.txt", "sounding-skewt.svg", "ensemble-t850-mean.svg", "ensemble-wind850-mean.grid",
+  for (const char* f : {"z500-contours.geojson", "wind850-streamlines.geojson", "slp-cressman.grid",
+                        "slp-cressman-hq.grid", "slp-barnes.geojson", "slp-surface-fit.grid", "vorticity850.grid",
+                        "sounding-report.txt", "ensemble-t850-p90.grid", "ensemble-wind850-mean.grid",
                         "ensemble-rh850-mean.grid"})
     EXPECT_TRUE(exists(dir + "/" + f)) << f;
+  size_t pictures = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    if (entry.path().extension() != ".svg") continue;
+    expect_picture_draws(entry.path().string());
+    ++pictures;
+  }
+  EXPECT_EQ(pictures, 10u);  // contours, streamlines, four analyses, vorticity, skew-T, two ensemble
 }
 
 TEST(Program, BadInputFailsWithOneLineNamingTheFileAndWritesNothing) {
