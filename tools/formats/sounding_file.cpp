@@ -1,5 +1,7 @@
 #include "formats/sounding_file.h"
 
+#include "formats/text_fields.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -9,6 +11,11 @@
 namespace tervik::formats {
 
 namespace {
+
+using text::fail;
+using text::parse_number;
+using text::split_csv;
+using text::trim;
 
 constexpr double kMissing = 9999.0;
 // One knot is one nautical mile (1852 m) an hour.
@@ -38,21 +45,7 @@ class LineReader {
   int number_ = 0;
 };
 
-std::string_view trim(std::string_view s) {
-  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r')) s.remove_suffix(1);
-  return s;
-}
-
 bool starts_with(std::string_view s, std::string_view prefix) { return s.substr(0, prefix.size()) == prefix; }
-
-// A finite number filling the whole (trimmed, non-empty) field.
-bool parse_number(std::string_view field, double& out) {
-  if (!field.empty() && field.front() == '+') field.remove_prefix(1);
-  if (field.empty()) return false;
-  const auto r = std::from_chars(field.data(), field.data() + field.size(), out);
-  return r.ec == std::errc() && r.ptr == field.data() + field.size() && std::isfinite(out);
-}
 
 // A station number: a whole number in 0..2^31-1 filling the field.
 bool parse_station(std::string_view field, int32_t& out) {
@@ -68,11 +61,6 @@ std::string show(double v) {
   char buf[32];
   std::snprintf(buf, sizeof buf, "%g", v);
   return buf;
-}
-
-bool fail(std::string& error, int line, const std::string& what) {
-  error = "line " + std::to_string(line) + ": " + what;
-  return false;
 }
 
 // The checks both forms share: plausible ranges, so that a shifted column or a wrong unit
@@ -298,18 +286,6 @@ bool parse_sounding_listing(std::string_view text, tag_tervik_data5& out, std::s
 
 namespace {
 
-std::vector<std::string_view> split(std::string_view line) {
-  std::vector<std::string_view> fields;
-  size_t start = 0;
-  while (true) {
-    const size_t comma = line.find(',', start);
-    fields.push_back(trim(line.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
-    if (comma == std::string_view::npos) break;
-    start = comma + 1;
-  }
-  return fields;
-}
-
 // "# station N[, description]": returns 1 with the number, 0 for any other comment, -1 for
 // a "# station" followed by something that starts like a number but is not a station number.
 int station_comment(std::string_view line, int32_t& number) {
@@ -356,7 +332,7 @@ bool parse_sounding_csv(std::string_view text, tag_tervik_data5& out, std::strin
     }
     if (!header_seen) return fail(error, n, "expected the header '" + std::string(kCsvHeader) + "'");
     if (stations.empty()) return fail(error, n, "a level before any '# station N' line");
-    const std::vector<std::string_view> f = split(line);
+    const std::vector<std::string_view> f = split_csv(line);
     if (f.size() != 6) return fail(error, n, "expected 6 fields, found " + std::to_string(f.size()));
     static const char* const kNames[6] = {"pressure", "height", "temperature", "dew point",
                                           "wind direction", "wind speed"};

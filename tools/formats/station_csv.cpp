@@ -1,5 +1,7 @@
 #include "formats/station_csv.h"
 
+#include "formats/text_fields.h"
+
 #include <charconv>
 #include <cstdint>
 #include <cmath>
@@ -9,23 +11,9 @@ namespace tervik::formats {
 
 namespace {
 
-std::string_view trim(std::string_view s) {
-  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r')) s.remove_suffix(1);
-  return s;
-}
-
-std::vector<std::string_view> split(std::string_view line) {
-  std::vector<std::string_view> fields;
-  size_t start = 0;
-  while (true) {
-    const size_t comma = line.find(',', start);
-    fields.push_back(trim(line.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
-    if (comma == std::string_view::npos) break;
-    start = comma + 1;
-  }
-  return fields;
-}
+using text::fail;
+using text::split_csv;
+using text::trim;
 
 // A number filling the whole field; an empty field is missing (9999).
 bool number(std::string_view field, double& out) {
@@ -33,14 +21,7 @@ bool number(std::string_view field, double& out) {
     out = tervik_data3::undef;
     return true;
   }
-  if (field.front() == '+') field.remove_prefix(1);
-  const auto r = std::from_chars(field.data(), field.data() + field.size(), out);
-  return r.ec == std::errc() && r.ptr == field.data() + field.size() && std::isfinite(out);
-}
-
-bool fail(std::string& error, int line, const std::string& what) {
-  error = "line " + std::to_string(line) + ": " + what;
-  return false;
+  return text::parse_number(field, out);
 }
 
 }  // namespace
@@ -61,7 +42,7 @@ bool parse_station_csv(std::string_view text, tervik_data3& out, std::string& er
       header_seen = true;
       continue;
     }
-    const std::vector<std::string_view> f = split(line);
+    const std::vector<std::string_view> f = split_csv(line);
     if (f.size() != 4 && f.size() != 6)
       return fail(error, line_no, "expected 4 or 6 fields, found " + std::to_string(f.size()));
     station_entry s{};
