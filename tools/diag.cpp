@@ -22,15 +22,21 @@ namespace {
 // the output array.
 struct Call {
   std::vector<const double*> in;
+  std::vector<double> levels;  // level stacks: the level (hPa or K) of each grid of a stack
+  int nz = 0;                  // level stacks: grids per stack
   std::map<std::string, double> opt;
   const tervik_data4* geo;
   double* out;
+  double* out2;  // the second output (the v component of psi2wind)
   double min, max;
 };
 
 struct Diagnostic {
   const char* name;
-  const char* inputs;   // names of the input grids, for the help text
+  // Names of the input grids, for the help text. "A... B..." means two level stacks of
+  // equal length: every grid of the first, then every grid of the second, the levels taken
+  // from the grid files of the first stack.
+  const char* inputs;
   std::vector<const char*> options;  // scalar options (--name VALUE), all required
   const char* title;    // appended to the output's description
   std::function<int(Call&)> run;
@@ -41,7 +47,7 @@ struct Diagnostic {
 
 const std::vector<Diagnostic>& diagnostics() {
   static const std::vector<Diagnostic> table = {
-      {"diff", "A B", {"scale"}, "Difference",
+      {"diff", "A B", {}, "Difference",
        [](Call& c) { return compute_field_diff(c.out, &c.min, &c.max, c.in[0], c.in[1], GEO, c.opt["scale"]); }},
       {"rh", "T TD", {}, "RH(unit:%)",
        [](Call& c) { return compute_field_ttd2rh(c.out, &c.min, &c.max, c.in[0], c.in[1], GEO, 1.0); }},
@@ -85,6 +91,26 @@ const std::vector<Diagnostic>& diagnostics() {
                                         c.in[5], c.in[6], c.opt["p0"], c.opt["pu"], c.opt["pl"], GEO,
                                         static_cast<int>(c.opt["dt"]), LATLON, 1.0);
        }},
+      {"cape", "T... TD...", {}, "CAPE(unit:J/kg)",
+       [](Call& c) {
+         return compute_field_cape(c.out, &c.min, &c.max, c.in.data(), c.in.data() + c.nz, c.levels.data(), c.nz,
+                                   GEO, 1.0);
+       }},
+      {"ipv", "PV... THETA...", {"theta"}, "PV on isentrope(unit:PVU)",
+       [](Call& c) {
+         return compute_field_isentropic_pv(c.out, &c.min, &c.max, c.in.data(), c.in.data() + c.nz,
+                                            c.levels.data(), c.opt["theta"], 9999.0, c.nz, GEO);
+       }},
+      {"pvheight", "PV... Z...", {"pv"}, "Height of PV surface",
+       [](Call& c) {
+         return compute_field_height_pvunit(c.out, &c.min, &c.max, c.in.data(), c.in.data() + c.nz,
+                                            c.levels.data(), c.opt["pv"], 9999.0, c.nz, GEO);
+       }},
+      {"psi2wind", "PSI", {}, "U wind(unit:m/s)",
+       [](Call& c) {
+         c.min = c.max = 0;
+         return compute_field_psi2wind(c.out, c.out2, c.in[0], GEO, LATLON);
+       }},
       {"psi2h", "PSI", {}, "Height(unit:m)",
        [](Call& c) { return compute_field_psi2h(c.out, &c.min, &c.max, c.in[0], GEO); }},
       {"psi2theta", "PSI1 PSI2", {"p", "p1", "p2"}, "Theta(unit:K)",
@@ -116,13 +142,16 @@ size_t count_words(const char* s) {
 
 int usage() {
   std::fprintf(stderr, "usage: tervik diag NAME INPUT... -o OUT.grid [--svg OUT.svg] [--NAME VALUE...]\n\n"
+                       "(diff takes --scale X, default 1: (A - B) / X)\n\n"
                        "diagnostics (inputs; options):\n");
   for (const Diagnostic& d : diagnostics()) {
     std::string opts;
     for (const char* o : d.options) opts += std::string(" --") + o + " X";
     std::fprintf(stderr, "  %-10s %-22s%s\n", d.name, d.inputs, opts.c_str());
   }
-  std::fprintf(stderr, "\nPressures in hPa, dt in seconds; outputs carry their unit in the title.\n");
+  std::fprintf(stderr, "\nPressures in hPa, dt in seconds; outputs carry their unit in the title.\n"
+                       "A... B...: two stacks of level grids of equal length, the levels read from\n"
+                       "the grid files of the first stack. psi2wind writes u to -o and v to --v-output.\n");
   return 2;
 }
 
@@ -138,7 +167,7 @@ void retitle(tervik_data4& g, const char* word) {
   char* hpa = std::strstr(g.description, "hPa");
   if (hpa) hpa[3] = '\0';
   const size_t used = std::strlen(g.description);
-  std::snprintf(g.description + used, sizeof g.description - used, "%s%s", hpa ? " " : " ", word);
+  std::snprintf(g.description + used, sizeof g.description - used, " %s", word);
 }
 
 }  // namespace
@@ -153,7 +182,7 @@ int cmd_diag(const Args& args) {
     return usage();
   }
   Args inputs;
-  std::string output, picture;
+  std::string output, picture, v_output;
   Call call{};
   for (size_t k = 1; k < args.size(); ++k) {
     const std::string& a = args[k];
@@ -161,6 +190,8 @@ int cmd_diag(const Args& args) {
       output = args[++k];
     } else if (a == "--svg" && k + 1 < args.size()) {
       picture = args[++k];
+    } else if (a == "--v-output" && k + 1 < args.size()) {
+      v_output = args[++k];
     } else if (a.size() > 2 && a.compare(0, 2, "--") == 0 && k + 1 < args.size()) {
       char* end = nullptr;
       const double v = std::strtod(args[k + 1].c_str(), &end);
@@ -173,13 +204,16 @@ int cmd_diag(const Args& args) {
       return usage();
     }
   }
-  if (inputs.size() != count_words(d->inputs))
-    return fail(std::string(d->name) + " needs " + std::to_string(count_words(d->inputs)) + " input grids (" +
-                d->inputs + "), got " + std::to_string(inputs.size()));
+  const bool stacked = std::strstr(d->inputs, "...") != nullptr;
+  if (stacked ? inputs.empty() || inputs.size() % 2 != 0 : inputs.size() != count_words(d->inputs))
+    return fail(std::string(d->name) + " needs " +
+                (stacked ? std::string("two stacks of the same number of") : std::to_string(count_words(d->inputs))) +
+                " input grids (" + d->inputs + "), got " + std::to_string(inputs.size()));
+  const bool two_outputs = std::strcmp(d->name, "psi2wind") == 0;
+  if (two_outputs && v_output.empty()) return fail("psi2wind needs --v-output V.grid");
+  if (!call.opt.count("scale")) call.opt["scale"] = 1.0;  // the one option with a default
   for (const char* o : d->options)
     if (!call.opt.count(o)) return fail(std::string(d->name) + " needs --" + o);
-  if (d->options.size() == 1 && std::strcmp(d->options[0], "scale") == 0 && !call.opt.count("scale"))
-    call.opt["scale"] = 1.0;
   if (output.empty()) return fail("diag needs -o OUT.grid");
 
   std::vector<tervik_data4> grids(inputs.size());
@@ -189,9 +223,18 @@ int cmd_diag(const Args& args) {
       return fail(inputs[k] + ": grid size differs from " + inputs[0]);
     call.in.push_back(grids[k].data());
   }
+  if (stacked) {
+    call.nz = static_cast<int>(inputs.size() / 2);
+    for (int z = 0; z < call.nz; ++z) call.levels.push_back(grids[z].level);
+  }
   const size_t n = static_cast<size_t>(grids[0].nx) * grids[0].ny;
   double* out = static_cast<double*>(std::malloc(n * sizeof(double)));
-  if (!out) return fail("out of memory");
+  double* out2 = two_outputs ? static_cast<double*>(std::malloc(n * sizeof(double))) : nullptr;
+  if (!out || (two_outputs && !out2)) {
+    std::free(out);
+    std::free(out2);
+    return fail("out of memory");
+  }
   // The finite differences take the first row as the northernmost. A grid stored from the
   // south is turned over for the computation and the result turned back.
   tervik_data4 geometry = grids[0];
@@ -203,13 +246,16 @@ int cmd_diag(const Args& args) {
   }
   call.geo = &geometry;
   call.out = out;
+  call.out2 = out2;
   const int rc = d->run(call);
   if (south_first) {
     for (tervik_data4& g : grids) flip_rows(g.data(), g.nx, g.ny);
     flip_rows(out, grids[0].nx, grids[0].ny);
+    if (out2) flip_rows(out2, grids[0].nx, grids[0].ny);
   }
   if (rc != 0) {
     std::free(out);
+    std::free(out2);
     return fail(std::string(d->name) + " failed");
   }
   tervik_data4 result;
@@ -217,8 +263,16 @@ int cmd_diag(const Args& args) {
   retitle(result, d->title);
   result.contour_interval = 0;
   result.set_gridPtr(out);
-  if (!output_allowed(output, inputs)) return 1;
+  tervik_data4 second;
+  if (out2) {
+    data4copy(second, grids[0]);
+    retitle(second, "V wind(unit:m/s)");
+    second.contour_interval = 0;
+    second.set_gridPtr(out2);
+  }
+  if (!output_allowed(output, inputs) || (out2 && !output_allowed(v_output, inputs))) return 1;
   if (write_datatype4(output.c_str(), result) != 0) return fail(output + ": cannot write");
+  if (out2 && write_datatype4(v_output.c_str(), second) != 0) return fail(v_output + ": cannot write");
   if (!picture.empty()) {
     if (!write_output(picture, isoline_picture(result, 0), inputs)) return 1;
   }

@@ -172,6 +172,39 @@ TEST(Program, DiagnosticOfASouthFirstGridMatchesTheNorthFirstComputation) {
   EXPECT_GT(hi, 5.0);
 }
 
+TEST(Program, LevelStackDiagnosticTakesItsLevelsFromTheGridFiles) {
+  // CAPE of three columns on 1000, 850 and 500 hPa: a warm moist, a cool and a dry column.
+  const std::string dir = scratch_dir();
+  const double t[3][3] = {{30, 15, 24}, {20, 8, 16}, {-5, -20, -12}};
+  const double td[3][3] = {{24, 5, 0}, {16, 0, -10}, {-15, -40, -30}};
+  const int levels[3] = {1000, 850, 500};
+  std::vector<std::string> args = {"diag", "cape", "-o", dir + "/cape.grid"};
+  std::vector<std::string> td_paths;
+  for (int z = 0; z < 3; ++z) {
+    for (int which = 0; which < 2; ++which) {
+      tervik_data4 g;
+      g.nx = 3, g.ny = 1, g.level = levels[z], g.lon_step = 1, g.lat_step = -1;
+      double* v = static_cast<double*>(std::malloc(3 * sizeof(double)));
+      for (int i = 0; i < 3; ++i) v[i] = which ? td[z][i] : t[z][i];
+      g.set_gridPtr(v);
+      const std::string path = dir + (which ? "/td" : "/t") + std::to_string(levels[z]) + ".grid";
+      ASSERT_EQ(write_datatype4(path.c_str(), g), 0);
+      (which ? td_paths : args).push_back(path);
+    }
+  }
+  args.insert(args.end(), td_paths.begin(), td_paths.end());
+  const auto r = run_program(kProgram, args);
+  ASSERT_EQ(r.status, 0) << r.err;
+  const double* t_levels[3] = {t[0], t[1], t[2]};
+  const double* td_levels[3] = {td[0], td[1], td[2]};
+  const double p[3] = {1000, 850, 500};
+  double expected[3], lo, hi;
+  ASSERT_EQ(compute_field_cape(expected, &lo, &hi, t_levels, td_levels, p, 3, 3, 1, 1.0), 0);
+  const tervik_data4 got = read_grid(dir + "/cape.grid");
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(got.data()[i], expected[i]) << i;
+  EXPECT_GT(expected[0], 100.0);  // the warm moist column is unstable
+}
+
 TEST(Program, EnsembleMeanIsTheLibrarysMean) {
   const std::string dir = scratch_dir();
   std::vector<std::string> args = {"ensemble", "mean", "-o", dir + "/mean.grid"};
