@@ -27,6 +27,11 @@ extern Common common;
 // Prints "tervik: <message>" on standard error and returns 1.
 int fail(const std::string& message);
 
+// Takes an output option at args[k] if there is one: "-o FILE" / "--output FILE" into
+// `output`, "--svg FILE" into `picture`. Advances k past the value and returns true when it
+// took one; returns false (k unchanged) for anything else.
+bool take_output_option(const Args& args, size_t& k, std::string& output, std::string& picture);
+
 // False, with a message, when `path` names one of the `inputs`: outputs never replace inputs.
 bool output_allowed(const std::string& path, const Args& inputs);
 

@@ -14,6 +14,15 @@ int fail(const std::string& message) {
   return 1;
 }
 
+bool take_output_option(const Args& args, size_t& k, std::string& output, std::string& picture) {
+  if (k + 1 >= args.size()) return false;
+  const std::string& a = args[k];
+  std::string* target = a == "-o" || a == "--output" ? &output : a == "--svg" ? &picture : nullptr;
+  if (!target) return false;
+  *target = args[++k];
+  return true;
+}
+
 bool output_allowed(const std::string& path, const Args& inputs) {
   namespace fs = std::filesystem;
   std::error_code ec;

@@ -25,10 +25,8 @@ int cmd_contour(const Args& args) {
   bool fill = false;
   int smoothing = 0;
   for (size_t k = 0; k < args.size(); ++k) {
-    if ((args[k] == "-o" || args[k] == "--output") && k + 1 < args.size()) {
-      output = args[++k];
-    } else if (args[k] == "--svg" && k + 1 < args.size()) {
-      picture = args[++k];
+    if (take_output_option(args, k, output, picture)) {
+      continue;
     } else if (args[k] == "--interval" && k + 1 < args.size()) {
       interval = std::atof(args[++k].c_str());
       if (!(interval > 0)) return fail("--interval needs a positive number");

@@ -4,13 +4,15 @@
 #include <cmath>
 #include <vector>
 
+#include <tervik/isoline.h>
 #include <tervik/records.h>
 
 namespace tervik::cli {
 
 // Levels for contouring a grid: the interval given, else the record's suggested interval,
-// else about 12 levels of a round step; from the first multiple of the interval at or above
-// the smallest value to the largest value. Empty when the grid has no defined value.
+// else the round interval find_isoline_values proposes (about ten levels); from the first
+// multiple of the interval at or above the smallest value to the largest value. Empty when
+// the grid has no defined value.
 inline std::vector<double> contour_levels(const tervik_data4& grid, double interval) {
   const double* v = grid.data();
   double lo = INFINITY, hi = -INFINITY;
@@ -23,17 +25,9 @@ inline std::vector<double> contour_levels(const tervik_data4& grid, double inter
   if (!(lo <= hi)) return {};
   if (!(interval > 0)) interval = grid.contour_interval;
   if (!(interval > 0)) {
-    const double raw = (hi - lo) / 12.0;
-    if (raw <= 0) return {lo};
-    const double mag = std::pow(10.0, std::floor(std::log10(raw)));
-    const double steps[] = {1, 2, 2.5, 5, 10};
-    interval = mag * 10;
-    for (double s : steps) {
-      if (s * mag >= raw) {
-        interval = s * mag;
-        break;
-      }
-    }
+    // The library's proposal: a round interval giving about ten levels.
+    find_isoline_values(lo, hi, nullptr, &interval, nullptr);
+    if (hi - lo < 1e-16) return {lo};
   }
   std::vector<double> levels;
   const double first = std::ceil(lo / interval) * interval;

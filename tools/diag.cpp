@@ -186,10 +186,8 @@ int cmd_diag(const Args& args) {
   Call call{};
   for (size_t k = 1; k < args.size(); ++k) {
     const std::string& a = args[k];
-    if ((a == "-o" || a == "--output") && k + 1 < args.size()) {
-      output = args[++k];
-    } else if (a == "--svg" && k + 1 < args.size()) {
-      picture = args[++k];
+    if (take_output_option(args, k, output, picture)) {
+      continue;
     } else if (a == "--v-output" && k + 1 < args.size()) {
       v_output = args[++k];
     } else if (a.size() > 2 && a.compare(0, 2, "--") == 0 && k + 1 < args.size()) {

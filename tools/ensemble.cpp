@@ -69,10 +69,8 @@ int cmd_ensemble(const Args& args) {
   Args member_args;
   for (size_t k = 1; k < args.size(); ++k) {
     const std::string& a = args[k];
-    if ((a == "-o" || a == "--output") && k + 1 < args.size()) {
-      output = args[++k];
-    } else if (a == "--svg" && k + 1 < args.size()) {
-      picture = args[++k];
+    if (take_output_option(args, k, output, picture)) {
+      continue;
     } else if (a == "--element" && k + 1 < args.size()) {
       element_name = args[++k];
     } else if (a == "--p" && k + 1 < args.size()) {

@@ -143,12 +143,10 @@ int cmd_objan(const Args& args) {
     } else if (a == "--interval" && has_value) {
       interval = std::atof(args[++k].c_str());
       if (!(interval > 0)) return fail("--interval needs a positive number");
-    } else if ((a == "-o" || a == "--output") && has_value) {
-      grid_path = args[++k];
+    } else if (take_output_option(args, k, grid_path, picture)) {
+      continue;
     } else if (a == "--geojson" && has_value) {
       json_path = args[++k];
-    } else if (a == "--svg" && has_value) {
-      picture = args[++k];
     } else if (a[0] != '-' && input.empty()) {
       input = a;
     } else {

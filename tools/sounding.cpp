@@ -43,10 +43,8 @@ int cmd_sounding(const Args& args) {
   std::string input, output, picture;
   long station = -1;  // the sounding drawn: -1 the first
   for (size_t k = 0; k < args.size(); ++k) {
-    if ((args[k] == "-o" || args[k] == "--output") && k + 1 < args.size()) {
-      output = args[++k];
-    } else if (args[k] == "--svg" && k + 1 < args.size()) {
-      picture = args[++k];
+    if (take_output_option(args, k, output, picture)) {
+      continue;
     } else if (args[k] == "--station" && k + 1 < args.size()) {
       char* end = nullptr;
       station = std::strtol(args[++k].c_str(), &end, 10);

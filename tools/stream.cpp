@@ -20,10 +20,8 @@ int cmd_stream(const Args& args) {
   std::string output, picture;
   int density = 2;
   for (size_t k = 0; k < args.size(); ++k) {
-    if ((args[k] == "-o" || args[k] == "--output") && k + 1 < args.size()) {
-      output = args[++k];
-    } else if (args[k] == "--svg" && k + 1 < args.size()) {
-      picture = args[++k];
+    if (take_output_option(args, k, output, picture)) {
+      continue;
     } else if (args[k] == "--density" && k + 1 < args.size()) {
       density = std::atoi(args[++k].c_str());
       if (density < 1 || density > 4) return fail("--density must be 1, 2, 3 or 4");
